@@ -1,0 +1,6 @@
+#include "startup/startup.h"
+
+int main(int argc, char** argv)
+{
+    return runWebdeck(argc, argv);
+}

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <QVector>
+
+struct TableSchema {
+    QString name;
+    QStringList columns; // column definitions, in order
+};
+
+// Every table of the browser database, in creation order.
+const QVector<TableSchema>& schemaTables();
+// The column definitions of one table joined for a CREATE TABLE; empty for an unknown table.
+QString schemaColumns(const QString& table);
+
+// Version written to the metadata table of a current database.
+QString databaseVersion();

@@ -1,0 +1,39 @@
+import QtQuick 2.15
+import QtQuick.Controls 2.15
+import QtQuick.Layouts 1.15
+import QtWebEngine 1.10
+import BrowserInternal 1.0
+
+// A minimal front end: an address field over one web view.
+Rectangle {
+    id: root
+    width: 1024
+    height: 720
+    color: "white"
+
+    ColumnLayout {
+        anchors.fill: parent
+        spacing: 0
+
+        TextField {
+            id: addressField
+            Layout.fillWidth: true
+            selectByMouse: true
+            text: webView.url
+            onAccepted: webView.url = text.indexOf(":") < 0 ? "https://" + text : text
+        }
+
+        WebEngineView {
+            id: webView
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+            url: typeof startUrl !== "undefined" ? startUrl : "about:blank"
+            onLoadingChanged: {
+                if (loadRequest.status === WebEngineView.LoadSucceededStatus)
+                    window.title = FilePathUtils.getCommonUrl(url.toString())
+            }
+        }
+    }
+
+    property var window: Window.window
+}
