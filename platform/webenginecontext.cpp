@@ -3,7 +3,6 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QLoggingCategory>
-#include <QtWebEngine/qtwebengineglobal.h>
 
 Q_LOGGING_CATEGORY(lcWebEngineContext, "browser.platform.webengine")
 
@@ -63,8 +62,9 @@ void WebEngineContext::InitBrowser(int argc, char** argv, const std::vector<std:
     }
     s.switches = switches;
     s.parameters = parameters;
+    // Applied before any web view exists: QtWebEngine reads these when its
+    // first profile is made.
     applyToQtWebEngine(switches, parameters);
-    QtWebEngine::initialize();
     s.initialized = true;
     if (callback)
         callback();

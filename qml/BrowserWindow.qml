@@ -1,6 +1,7 @@
 import QtQuick 2.15
 import QtQuick.Controls 2.15
 import QtQuick.Layouts 1.15
+import QtQuick.Window 2.15
 import QtWebEngine 1.10
 import BrowserInternal 1.0
 
@@ -19,7 +20,7 @@ Rectangle {
             id: addressField
             Layout.fillWidth: true
             selectByMouse: true
-            text: webView.url
+            text: FilePathUtils.getCommonUrl(webView.url.toString())
             onAccepted: webView.url = text.indexOf(":") < 0 ? "https://" + text : text
         }
 
@@ -29,11 +30,14 @@ Rectangle {
             Layout.fillHeight: true
             url: typeof startUrl !== "undefined" ? startUrl : "about:blank"
             onLoadingChanged: {
-                if (loadRequest.status === WebEngineView.LoadSucceededStatus)
-                    window.title = FilePathUtils.getCommonUrl(url.toString())
+                if (loadRequest.status === WebEngineView.LoadSucceededStatus) {
+                    if (root.Window.window)
+                        root.Window.window.title = title
+                    console.log("page loaded", loadRequest.url)
+                } else if (loadRequest.status === WebEngineView.LoadFailedStatus) {
+                    console.log("page failed", loadRequest.url, loadRequest.errorString)
+                }
             }
         }
     }
-
-    property var window: Window.window
 }

@@ -4,12 +4,26 @@
 
 #include <QtQml>
 
-void registerQmlTypes()
+namespace {
+template<typename T>
+void singleton(const char* uri, int major, int minor, const char* name)
+{
+    qmlRegisterSingletonType<T>(uri, major, minor, name, &T::qmlInstance);
+}
+} // namespace
+
+const QVector<QmlTypeEntry>& qmlTypeEntries()
 {
     // The one list of the module's types, in the order the front end expects
     // them to be registered. Types join it as their classes exist.
-    constexpr int major = 1;
-    constexpr int minor = 0;
-    qmlRegisterSingletonType<FilePathUtils>(browserModuleUri, major, minor, "FilePathUtils",
-                                            &FilePathUtils::qmlInstance);
+    static const QVector<QmlTypeEntry> entries = {
+        {"FilePathUtils", QmlTypeEntry::Singleton, &singleton<FilePathUtils>},
+    };
+    return entries;
+}
+
+void registerQmlTypes()
+{
+    for (const QmlTypeEntry& entry : qmlTypeEntries())
+        entry.registerType(browserModuleUri, 1, 0, entry.name);
 }

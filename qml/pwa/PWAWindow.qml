@@ -9,5 +9,9 @@ Rectangle {
     WebEngineView {
         anchors.fill: parent
         url: typeof startUrl !== "undefined" ? startUrl : "about:blank"
+        onLoadingChanged: {
+            if (loadRequest.status === WebEngineView.LoadSucceededStatus)
+                console.log("page loaded", loadRequest.url)
+        }
     }
 }

@@ -1,0 +1,108 @@
+// The digest must cover exactly the executable loadable segments. The expected
+// value is computed here from readelf's view of the file, independently of the
+// libelf walk under test.
+
+#include "startup/libchecksum.h"
+
+#include <QCryptographicHash>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QtTest>
+
+namespace {
+QString expectedDigest(const QString& path)
+{
+    QProcess readelf;
+    readelf.start(QStringLiteral("readelf"), {QStringLiteral("-lW"), path});
+    if (!readelf.waitForFinished(10000) || readelf.exitCode() != 0)
+        return QStringLiteral("readelf failed");
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return QStringLiteral("unreadable");
+    const QByteArray bytes = file.readAll();
+    QCryptographicHash hash(QCryptographicHash::Sha256);
+    // LOAD  Offset VirtAddr PhysAddr FileSiz MemSiz Flg Align
+    const QRegularExpression load(QStringLiteral(
+        R"(^\s*LOAD\s+0x([0-9a-f]+)\s+0x[0-9a-f]+\s+0x[0-9a-f]+\s+0x([0-9a-f]+)\s+0x[0-9a-f]+\s+([RWE ]+?)\s+0x)"));
+    int segments = 0;
+    for (const QString& line : QString::fromLatin1(readelf.readAllStandardOutput()).split(QLatin1Char('\n'))) {
+        const auto match = load.match(line);
+        if (!match.hasMatch() || !match.captured(3).contains(QLatin1Char('E')))
+            continue;
+        const qint64 offset = match.captured(1).toLongLong(nullptr, 16);
+        const qint64 size = match.captured(2).toLongLong(nullptr, 16);
+        hash.addData(bytes.mid(int(offset), int(size)));
+        ++segments;
+    }
+    return segments ? QString::fromLatin1(hash.result().toHex()) : QStringLiteral("no segments");
+}
+} // namespace
+
+class TestLibChecksum : public QObject
+{
+    Q_OBJECT
+private slots:
+    void elfFiles_data();
+    void elfFiles();
+    void notADigestableFile_data();
+    void notADigestableFile();
+
+private:
+    QTemporaryDir m_dir;
+};
+
+void TestLibChecksum::elfFiles_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::newRow("this test") << QCoreApplication::applicationFilePath();
+    QTest::newRow("a shared library") << QStringLiteral("/lib/x86_64-linux-gnu/libc.so.6");
+    QTest::newRow("crypto library") << QStringLiteral("/lib/x86_64-linux-gnu/libcrypto.so.3");
+}
+
+void TestLibChecksum::elfFiles()
+{
+    QFETCH(QString, path);
+    if (!QFile::exists(path))
+        QSKIP("library not present on this machine");
+    const QString digest = libraryChecksum(path);
+    QCOMPARE(digest.size(), 64);
+    QVERIFY(QRegularExpression(QStringLiteral("^[0-9a-f]{64}$")).match(digest).hasMatch());
+    QCOMPARE(libraryChecksum(path), digest);
+    QCOMPARE(digest, expectedDigest(path));
+    // The digest of the whole file would be something else: only code counts.
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QVERIFY(digest != QString::fromLatin1(QCryptographicHash::hash(file.readAll(), QCryptographicHash::Sha256).toHex()));
+}
+
+void TestLibChecksum::notADigestableFile_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QByteArray>("content");
+    QTest::newRow("missing") << QStringLiteral("missing.so") << QByteArray();
+    QTest::newRow("text") << QStringLiteral("text.so") << QByteArray("not an ELF file at all\n");
+    QTest::newRow("empty") << QStringLiteral("empty.so") << QByteArray("");
+    QTest::newRow("magic only") << QStringLiteral("magic.so") << QByteArray("\x7f" "ELF", 4);
+    QFile self(QCoreApplication::applicationFilePath());
+    self.open(QIODevice::ReadOnly);
+    // Headers promise segments that the file no longer holds.
+    QTest::newRow("truncated") << QStringLiteral("truncated.so") << self.read(4096);
+}
+
+void TestLibChecksum::notADigestableFile()
+{
+    QFETCH(QString, name);
+    QFETCH(QByteArray, content);
+    QVERIFY(m_dir.isValid());
+    const QString path = m_dir.filePath(name);
+    if (name != QLatin1String("missing.so")) {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(content);
+    }
+    QCOMPARE(libraryChecksum(path), QString());
+}
+
+QTEST_GUILESS_MAIN(TestLibChecksum)
+#include "tst_libchecksum.moc"
