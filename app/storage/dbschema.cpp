@@ -46,6 +46,22 @@ const QVector<TableSchema> tables = {
      {QStringLiteral("domain TEXT PRIMARY KEY"), QStringLiteral("device_mode INTEGER")}},
     {QStringLiteral("metadata"), {QStringLiteral("db_version TEXT")}},
 };
+
+// Each serves statements run on every page visit or at every start:
+// the per-day history merge and the most-visited grouping (url, date), the
+// history list and its trim (date), tab history reads and deletions (tab_id),
+// link reuse (url), the bookmark closure walks in both directions, the
+// "bookmarked" test (bookmark_node url) and the favicon trim (date).
+const QStringList indexes = {
+    QStringLiteral("CREATE INDEX IF NOT EXISTS browser_history_url_date ON browser_history (url, date);"),
+    QStringLiteral("CREATE INDEX IF NOT EXISTS browser_history_date ON browser_history (date);"),
+    QStringLiteral("CREATE INDEX IF NOT EXISTS tab_history_tab_id ON tab_history (tab_id);"),
+    QStringLiteral("CREATE INDEX IF NOT EXISTS link_url ON link (url);"),
+    QStringLiteral("CREATE INDEX IF NOT EXISTS bookmark_structure_descendant_depth ON bookmark_structure (descendant, depth);"),
+    QStringLiteral("CREATE INDEX IF NOT EXISTS bookmark_structure_ancestor ON bookmark_structure (ancestor);"),
+    QStringLiteral("CREATE INDEX IF NOT EXISTS bookmark_node_url ON bookmark_node (url);"),
+    QStringLiteral("CREATE INDEX IF NOT EXISTS favicons_date ON favicons (date);"),
+};
 } // namespace
 
 const QVector<TableSchema>& schemaTables()
@@ -60,6 +76,11 @@ QString schemaColumns(const QString& table)
             return t.columns.join(QStringLiteral(", "));
     }
     return QString();
+}
+
+const QStringList& schemaIndexes()
+{
+    return indexes;
 }
 
 QString databaseVersion()
