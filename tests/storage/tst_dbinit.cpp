@@ -19,6 +19,8 @@ private slots:
     void secondStartChangesNothing();
     void missingTableIsRecreated_data();
     void missingTableIsRecreated();
+    void unusableFileIsMovedAside_data();
+    void unusableFileIsMovedAside();
 };
 
 void TestDbInit::initTestCase()
@@ -152,6 +154,74 @@ void TestDbInit::missingTableIsRecreated()
     QCOMPARE(db.columns(table), before);
     QCOMPARE(db.value(QStringLiteral("SELECT COUNT(*) FROM %1;").arg(table)).toInt(),
              table == QLatin1String("search_engines") ? 3 : 0);
+}
+
+void TestDbInit::unusableFileIsMovedAside_data()
+{
+    QTest::addColumn<QString>("damage");
+    QTest::addColumn<bool>("movedAside");
+    QTest::newRow("text file") << QStringLiteral("text") << true;
+    QTest::newRow("overwritten header") << QStringLiteral("header") << true;
+    QTest::newRow("overwritten schema page") << QStringLiteral("schema") << true;
+    QTest::newRow("empty file is a new database") << QStringLiteral("empty") << false;
+}
+
+void TestDbInit::unusableFileIsMovedAside()
+{
+    QFETCH(QString, damage);
+    QFETCH(bool, movedAside);
+    TempProfile profile;
+    QVERIFY(QDir().mkpath(profile.dataLocation()));
+    if (damage == QLatin1String("header") || damage == QLatin1String("schema")) {
+        DBWorker worker;
+        worker.init();
+    }
+    QByteArray bytes;
+    {
+        QFile file(profile.databasePath());
+        QVERIFY(file.open(QIODevice::ReadWrite));
+        if (damage == QLatin1String("text")) {
+            file.write(QByteArray("bookmarks I wanted to keep\n").repeated(200));
+        } else if (damage == QLatin1String("header")) {
+            file.write("not an sqlite header");
+        } else if (damage == QLatin1String("schema")) {
+            // Page one past the 100-byte header holds the table list.
+            file.seek(100);
+            file.write(QByteArray(2000, '\xa5'));
+        }
+        file.close();
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        bytes = file.readAll();
+    }
+
+    LogCapture log("browser.app.storage");
+    {
+        DBWorker worker;
+        worker.init();
+    }
+
+    const QStringList aside = QDir(profile.dataLocation())
+                                  .entryList({QStringLiteral("browser-app.sqlite.corrupt-*")}, QDir::Files);
+    if (!movedAside) {
+        QVERIFY(aside.isEmpty());
+        QVERIFY(log.startingWith(QStringLiteral("Moved unusable database aside")).isEmpty());
+    } else {
+        QCOMPARE(aside.size(), 1);
+        QVERIFY2(QRegularExpression(QStringLiteral("^browser-app\\.sqlite\\.corrupt-\\d{8}-\\d{6}$"))
+                     .match(aside.first())
+                     .hasMatch(),
+                 qPrintable(aside.first()));
+        QFile moved(QDir(profile.dataLocation()).absoluteFilePath(aside.first()));
+        QVERIFY(moved.open(QIODevice::ReadOnly));
+        QCOMPARE(moved.readAll(), bytes);
+        QCOMPARE(log.messages(QtWarningMsg).filter(QStringLiteral("Moved unusable database aside")).size(), 1);
+    }
+
+    // Either way the browser goes on with a working, current database.
+    DbFileProbe db(profile.databasePath());
+    QCOMPARE(db.tables().size(), 15);
+    QCOMPARE(db.value(QStringLiteral("SELECT db_version FROM metadata;")).toString(), QStringLiteral("2.1.0.5"));
+    QCOMPARE(db.value(QStringLiteral("SELECT COUNT(*) FROM search_engines;")).toInt(), 3);
 }
 
 QTEST_GUILESS_MAIN(TestDbInit)
