@@ -9,7 +9,8 @@
 #include <QSqlError>
 #include <QStandardPaths>
 
-namespace {
+namespace
+{
 const QString databaseFileName = QStringLiteral("browser-app.sqlite");
 // Primary result codes of SQLite for a file that is not (or no longer) a database.
 constexpr int sqliteCorrupt = 11;
@@ -26,7 +27,7 @@ DBWorker::~DBWorker()
 {
     // Connections are per thread and per name; release both so that a later
     // worker in the same process starts from a clean slate.
-    for (const QString& name : {m_mainConnection, privateConnectionName()}) {
+    for (const QString& name : { m_mainConnection, privateConnectionName() }) {
         if (!QSqlDatabase::contains(name))
             continue;
         {
@@ -125,7 +126,7 @@ bool DBWorker::recoverUnusableFile(QSqlDatabase& db)
         aside = path + QStringLiteral(".corrupt-") + stamp + QLatin1Char('-') + QString::number(n);
     if (QFile::rename(path, aside)) {
         // The journal files belong to the damaged file; a fresh database must not replay them.
-        for (const QString& suffix : {QStringLiteral("-wal"), QStringLiteral("-shm")}) {
+        for (const QString& suffix : { QStringLiteral("-wal"), QStringLiteral("-shm") }) {
             if (QFile::exists(path + suffix))
                 QFile::rename(path + suffix, aside + suffix);
         }
@@ -161,7 +162,7 @@ void DBWorker::createTables(const QSqlDatabase& db)
     for (const TableSchema& table : schemaTables()) {
         QSqlQuery query = prepare(QStringLiteral("CREATE TABLE IF NOT EXISTS %1 (%2);")
                                       .arg(table.name, table.columns.join(QStringLiteral(", "))),
-                                  isPrivate);
+            isPrivate);
         execute(query);
     }
 }
@@ -176,9 +177,10 @@ void DBWorker::createIndexes(bool isPrivate)
 
 void DBWorker::storeVersion(const QString& version, bool isNew)
 {
-    QSqlQuery query = prepare(isNew ? QStringLiteral("INSERT INTO metadata (db_version) VALUES ('%1')").arg(version)
-                                    : QStringLiteral("UPDATE metadata SET db_version = '%1'").arg(version),
-                              false);
+    QSqlQuery query
+        = prepare(isNew ? QStringLiteral("INSERT INTO metadata (db_version) VALUES ('%1')").arg(version)
+                        : QStringLiteral("UPDATE metadata SET db_version = '%1'").arg(version),
+            false);
     if (execute(query))
         qCInfo(lcMigration) << "Set version of browser's DB to" << version;
     else

@@ -40,7 +40,7 @@ void TestDbInitTrims::init()
     m_profile.reset(new TempProfile);
     // The settings location is resolved once per process; point it at this profile.
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope,
-                       QDir(m_profile->path()).absoluteFilePath(QStringLiteral("xdg_config_home")));
+        QDir(m_profile->path()).absoluteFilePath(QStringLiteral("xdg_config_home")));
     createFile();
 }
 
@@ -64,12 +64,14 @@ void TestDbInitTrims::trims_data()
     QTest::addColumn<int>("keptHistory");
     QTest::addColumn<int>("keptFavicons");
 
-    QTest::newRow("keys absent, over the fallbacks") << QVariant() << QVariant() << 2013 << 10007 << 2000 << 10000;
-    QTest::newRow("keys absent, under the fallbacks") << QVariant() << QVariant() << 1500 << 300 << 1500 << 300;
+    QTest::newRow("keys absent, over the fallbacks")
+        << QVariant() << QVariant() << 2013 << 10007 << 2000 << 10000;
+    QTest::newRow("keys absent, under the fallbacks")
+        << QVariant() << QVariant() << 1500 << 300 << 1500 << 300;
     QTest::newRow("both keys") << QVariant(25) << QVariant(4) << 300 << 30 << 25 << 4;
     QTest::newRow("history key only") << QVariant(5000) << QVariant() << 3000 << 10 << 3000 << 10;
-    QTest::newRow("limit written as text") << QVariant(QStringLiteral("7")) << QVariant(QStringLiteral("2")) << 20 << 5
-                                           << 7 << 2;
+    QTest::newRow("limit written as text")
+        << QVariant(QStringLiteral("7")) << QVariant(QStringLiteral("2")) << 20 << 5 << 7 << 2;
 }
 
 void TestDbInitTrims::trims()
@@ -96,14 +98,16 @@ void TestDbInitTrims::trims()
         DbFileProbe db(m_profile->databasePath());
         QVERIFY(db.exec(QStringLiteral("BEGIN;")));
         for (int i = 0; i < historyRows; ++i) {
-            QVERIFY(db.exec(QStringLiteral("INSERT INTO browser_history (url, title, date) VALUES (?, ?, ?);"),
-                            {QStringLiteral("https://h%1.example.com/").arg(i), QStringLiteral("t"),
-                             base + qint64((i * 7919) % historyRows) * 1000}));
+            QVERIFY(
+                db.exec(QStringLiteral("INSERT INTO browser_history (url, title, date) VALUES (?, ?, ?);"),
+                    { QStringLiteral("https://h%1.example.com/").arg(i), QStringLiteral("t"),
+                        base + qint64((i * 7919) % historyRows) * 1000 }));
         }
         for (int i = 0; i < faviconRows; ++i) {
-            QVERIFY(db.exec(QStringLiteral("INSERT INTO favicons (base_url, favicon, date) VALUES (?, ?, ?);"),
-                            {QStringLiteral("https://f%1.example.com").arg(i), QStringLiteral("data:"),
-                             base + qint64((i * 7919) % faviconRows) * 1000}));
+            QVERIFY(
+                db.exec(QStringLiteral("INSERT INTO favicons (base_url, favicon, date) VALUES (?, ?, ?);"),
+                    { QStringLiteral("https://f%1.example.com").arg(i), QStringLiteral("data:"),
+                        base + qint64((i * 7919) % faviconRows) * 1000 }));
         }
         QVERIFY(db.exec(QStringLiteral("COMMIT;")));
     }
@@ -115,9 +119,9 @@ void TestDbInitTrims::trims()
     QCOMPARE(db.value(QStringLiteral("SELECT COUNT(*) FROM favicons;")).toInt(), keptFavicons);
     // The survivors are the newest ones.
     QCOMPARE(db.value(QStringLiteral("SELECT MIN(date) FROM browser_history;")).toLongLong(),
-             base + qint64(historyRows - keptHistory) * 1000);
+        base + qint64(historyRows - keptHistory) * 1000);
     QCOMPARE(db.value(QStringLiteral("SELECT MIN(date) FROM favicons;")).toLongLong(),
-             base + qint64(faviconRows - keptFavicons) * 1000);
+        base + qint64(faviconRows - keptFavicons) * 1000);
 }
 
 void TestDbInitTrims::unusedSitesAreDropped()
@@ -132,7 +136,7 @@ void TestDbInitTrims::unusedSitesAreDropped()
     }
     createFile();
     DbFileProbe db(m_profile->databasePath());
-    QCOMPARE(db.column(QStringLiteral("SELECT id FROM sites ORDER BY id;")), QVariantList({1, 2, 4}));
+    QCOMPARE(db.column(QStringLiteral("SELECT id FROM sites ORDER BY id;")), QVariantList({ 1, 2, 4 }));
 }
 
 void TestDbInitTrims::privateDatabaseGetsScreenSettingsOnly()
@@ -143,10 +147,13 @@ void TestDbInitTrims::privateDatabaseGetsScreenSettingsOnly()
                                        "(2, 'https://zoom.example');")));
         QVERIFY(db.exec(QStringLiteral("INSERT INTO permissions (site_id, camera) VALUES (1, 1);")));
         QVERIFY(db.exec(QStringLiteral("INSERT INTO site_dprs (id, site_id, dpr) VALUES (9, 2, 1.75);")));
-        QVERIFY(db.exec(QStringLiteral("INSERT INTO device_modes VALUES ('example.com', 1), ('o''brien.example', 0);")));
-        QVERIFY(db.exec(QStringLiteral("INSERT INTO browser_history (url, title, date) VALUES ('https://a/', 'a', 1);")));
+        QVERIFY(db.exec(
+            QStringLiteral("INSERT INTO device_modes VALUES ('example.com', 1), ('o''brien.example', 0);")));
+        QVERIFY(db.exec(
+            QStringLiteral("INSERT INTO browser_history (url, title, date) VALUES ('https://a/', 'a', 1);")));
         QVERIFY(db.exec(QStringLiteral("INSERT INTO link (url, title) VALUES ('https://a/', 'a');")));
-        QVERIFY(db.exec(QStringLiteral("INSERT INTO tab (tab_id, tab_history_id, order_index) VALUES (1, 1, 0);")));
+        QVERIFY(db.exec(
+            QStringLiteral("INSERT INTO tab (tab_id, tab_history_id, order_index) VALUES (1, 1, 0);")));
         QVERIFY(db.exec(QStringLiteral("INSERT INTO tab_history (tab_id, link_id, date) VALUES (1, 1, 1);")));
         QVERIFY(db.exec(QStringLiteral("INSERT INTO favicons VALUES ('https://a', 'data:', 1);")));
     }
@@ -170,20 +177,25 @@ void TestDbInitTrims::privateDatabaseGetsScreenSettingsOnly()
         return result;
     };
 
-    QCOMPARE(rows(QStringLiteral("SELECT COUNT(*) FROM sqlite_master WHERE type = 'table' AND name NOT LIKE 'sqlite_%';"))
-                 .value(0)
-                 .value(0)
-                 .toInt(),
-             15);
+    QCOMPARE(
+        rows(QStringLiteral(
+                 "SELECT COUNT(*) FROM sqlite_master WHERE type = 'table' AND name NOT LIKE 'sqlite_%';"))
+            .value(0)
+            .value(0)
+            .toInt(),
+        15);
     QCOMPARE(rows(QStringLiteral("SELECT id, site FROM sites ORDER BY id;")),
-             QList<QVariantList>({{1, QStringLiteral("https://cam.example")}, {2, QStringLiteral("https://zoom.example")}}));
-    QCOMPARE(rows(QStringLiteral("SELECT id, site_id, dpr FROM site_dprs;")), QList<QVariantList>({{9, 2, 1.75}}));
+        QList<QVariantList>(
+            { { 1, QStringLiteral("https://cam.example") }, { 2, QStringLiteral("https://zoom.example") } }));
+    QCOMPARE(rows(QStringLiteral("SELECT id, site_id, dpr FROM site_dprs;")),
+        QList<QVariantList>({ { 9, 2, 1.75 } }));
     QCOMPARE(rows(QStringLiteral("SELECT domain, device_mode FROM device_modes ORDER BY domain;")),
-             QList<QVariantList>({{QStringLiteral("example.com"), 1}, {QStringLiteral("o'brien.example"), 0}}));
-    for (const QString& table : {QStringLiteral("browser_history"), QStringLiteral("link"), QStringLiteral("tab"),
-                                 QStringLiteral("tab_history"), QStringLiteral("permissions"),
-                                 QStringLiteral("favicons"), QStringLiteral("bookmark_node"),
-                                 QStringLiteral("search_engines")}) {
+        QList<QVariantList>(
+            { { QStringLiteral("example.com"), 1 }, { QStringLiteral("o'brien.example"), 0 } }));
+    for (const QString& table :
+        { QStringLiteral("browser_history"), QStringLiteral("link"), QStringLiteral("tab"),
+            QStringLiteral("tab_history"), QStringLiteral("permissions"), QStringLiteral("favicons"),
+            QStringLiteral("bookmark_node"), QStringLiteral("search_engines") }) {
         QCOMPARE(rows(QStringLiteral("SELECT COUNT(*) FROM %1;").arg(table)).value(0).value(0).toInt(), 0);
     }
     // The file is no longer attached: private writes cannot reach it.

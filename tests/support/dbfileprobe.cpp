@@ -4,7 +4,8 @@
 #include <QSqlQuery>
 #include <QSqlRecord>
 
-namespace {
+namespace
+{
 int probeCounter = 0;
 }
 

@@ -5,7 +5,8 @@
 
 #include <utility>
 
-namespace {
+namespace
+{
 QMutex mutex;
 QByteArray capturedCategory;
 QVector<std::pair<QtMsgType, QString>> captured;
@@ -15,7 +16,7 @@ void handler(QtMsgType type, const QMessageLogContext& context, const QString& m
 {
     if (context.category && capturedCategory == context.category) {
         QMutexLocker lock(&mutex);
-        captured.append({type, message});
+        captured.append({ type, message });
         return;
     }
     if (previous)
