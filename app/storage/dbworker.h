@@ -164,8 +164,14 @@ private:
 
     // ---- database set-up and migrations (dbworker.cpp, dbmigrations.cpp) ----
     bool openConnections();
+    // Moves a file SQLite cannot read out of the way so that a fresh one takes its place.
+    bool recoverUnusableFile(QSqlDatabase& db);
+    void configureFileConnection();
     void createTables(const QSqlDatabase& db);
+    void createIndexes(bool isPrivate);
+    void storeVersion(const QString& version, bool isNew);
     void runMigrations(const QString& storedVersion);
+    void moveSiteDataToSiteIds();
     void insertDefaultRows();
     void seedPrivateDatabase();
     void trimOldData();
