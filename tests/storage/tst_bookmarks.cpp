@@ -11,7 +11,8 @@
 
 using ClosureLink = BookmarkProbe::Link;
 
-namespace {
+namespace
+{
 QStringList titles(std::initializer_list<const char*> list)
 {
     QStringList result;
@@ -60,7 +61,6 @@ void TestBookmarks::init()
     QVERIFY(m_profile->isValid());
     m_worker = std::make_unique<DBWorker>();
     m_worker->init();
-    BookmarkProbe::ensureRoots();
 }
 
 void TestBookmarks::cleanup()
@@ -96,7 +96,8 @@ void TestBookmarks::removeAllKeepsPermanentFolders()
     const int folder = add(1, QString(), QStringLiteral("Travel"));
     add(folder, QStringLiteral("https://trains.example/"), QStringLiteral("Trains"));
     add(2, QStringLiteral("https://news.example/"), QStringLiteral("News"));
-    add(add(folder, QString(), QStringLiteral("Sub")), QStringLiteral("https://x.example/"), QStringLiteral("X"));
+    add(add(folder, QString(), QStringLiteral("Sub")), QStringLiteral("https://x.example/"),
+        QStringLiteral("X"));
 
     QSignalSpy treeSpy(m_worker.get(), &DBWorker::bookmarksTreeAvailable);
     QSignalSpy listSpy(m_worker.get(), &DBWorker::bookmarksAvailable);
@@ -105,8 +106,8 @@ void TestBookmarks::removeAllKeepsPermanentFolders()
     QList<int> left;
     for (const BookmarkProbe::Node& node : BookmarkProbe::nodes())
         left.append(node.id);
-    QCOMPARE(left, QList<int>({0, 1, 2}));
-    QCOMPARE(BookmarkProbe::links(), QList<ClosureLink>({{0, 1, 1}, {0, 2, 1}}));
+    QCOMPARE(left, QList<int>({ 0, 1, 2 }));
+    QCOMPARE(BookmarkProbe::links(), QList<ClosureLink>({ { 0, 1, 1 }, { 0, 2, 1 } }));
 
     // The tree and the quick access list are re-read, both now empty.
     QCOMPARE(treeSpy.count(), 1);
@@ -126,16 +127,24 @@ void TestBookmarks::filteredRead_data()
     QTest::addColumn<QString>("filter");
     QTest::addColumn<QStringList>("expected"); // titles
 
-    QTest::newRow("title in a sub-subfolder") << "Bookmarks" << "daily" << titles({"Daily news"});
-    QTest::newRow("url, not title") << "Bookmarks" << "paper.example" << titles({"Morning"});
-    QTest::newRow("case of ascii letters ignored") << "Bookmarks" << "DAILY" << titles({"Daily news"});
-    QTest::newRow("folder title never returned") << "Bookmarks" << "Reading" << titles({});
-    QTest::newRow("matches at several depths") << "Bookmarks" << "news"
-                                               << titles({"Daily news", "Morning", "news top"});
-    QTest::newRow("only below the folder") << "Reading" << "news" << titles({"Daily news", "Morning"});
-    QTest::newRow("other top folder") << "Quick access" << "daily" << titles({"Daily quick"});
-    QTest::newRow("quote in filter") << "Bookmarks" << "o'clock" << titles({"Five o'clock"});
-    QTest::newRow("no match") << "Bookmarks" << "nothing-like-this" << titles({});
+    QTest::newRow("title in a sub-subfolder") << "Bookmarks"
+                                              << "daily" << titles({ "Daily news" });
+    QTest::newRow("url, not title") << "Bookmarks"
+                                    << "paper.example" << titles({ "Morning" });
+    QTest::newRow("case of ascii letters ignored") << "Bookmarks"
+                                                   << "DAILY" << titles({ "Daily news" });
+    QTest::newRow("folder title never returned") << "Bookmarks"
+                                                 << "Reading" << titles({});
+    QTest::newRow("matches at several depths") << "Bookmarks"
+                                               << "news" << titles({ "Daily news", "Morning", "news top" });
+    QTest::newRow("only below the folder") << "Reading"
+                                           << "news" << titles({ "Daily news", "Morning" });
+    QTest::newRow("other top folder") << "Quick access"
+                                      << "daily" << titles({ "Daily quick" });
+    QTest::newRow("quote in filter") << "Bookmarks"
+                                     << "o'clock" << titles({ "Five o'clock" });
+    QTest::newRow("no match") << "Bookmarks"
+                              << "nothing-like-this" << titles({});
 }
 
 void TestBookmarks::filteredRead()
@@ -155,8 +164,8 @@ void TestBookmarks::filteredRead()
     add(1, QStringLiteral("https://tea.example/"), QStringLiteral("Five o'clock"));
     add(2, QStringLiteral("https://quick.example/"), QStringLiteral("Daily quick"));
 
-    const QMap<QString, int> folders{{QStringLiteral("Bookmarks"), 1}, {QStringLiteral("Quick access"), 2},
-                                     {QStringLiteral("Reading"), reading}};
+    const QMap<QString, int> folders { { QStringLiteral("Bookmarks"), 1 },
+        { QStringLiteral("Quick access"), 2 }, { QStringLiteral("Reading"), reading } };
     QSignalSpy spy(m_worker.get(), &DBWorker::bookmarksAvailable);
     m_worker->getBookmarks(folders.value(folder), filter);
     QCOMPARE(spy.count(), 1);
@@ -216,12 +225,12 @@ void TestBookmarks::removeFolder()
             left.append(node.id);
     }
     QList<ClosureLink> links = baseline;
-    links << ClosureLink{1, keep, 1} << ClosureLink{0, keep, 2};
+    links << ClosureLink { 1, keep, 1 } << ClosureLink { 0, keep, 2 };
     if (clearOnly) {
-        QCOMPARE(left, QList<int>({keep, folder}));
-        links << ClosureLink{1, folder, 1} << ClosureLink{0, folder, 2};
+        QCOMPARE(left, QList<int>({ keep, folder }));
+        links << ClosureLink { 1, folder, 1 } << ClosureLink { 0, folder, 2 };
     } else {
-        QCOMPARE(left, QList<int>({keep}));
+        QCOMPARE(left, QList<int>({ keep }));
     }
     std::sort(links.begin(), links.end());
     QCOMPARE(BookmarkProbe::toString(BookmarkProbe::links()), BookmarkProbe::toString(links));
@@ -249,34 +258,41 @@ void TestBookmarks::removeBookmarksOfSeveralFolders()
     QSignalSpy treeSpy(m_worker.get(), &DBWorker::bookmarksTreeAvailable);
     QSignalSpy listSpy(m_worker.get(), &DBWorker::bookmarksAvailable);
     // The list starts with a bookmark of "Bookmarks", so that folder's list is re-read.
-    m_worker->removeBookmarkNodes({other, a}, true);
+    m_worker->removeBookmarkNodes({ other, a }, true);
 
-    QCOMPARE(BookmarkProbe::scalar(QStringLiteral("SELECT COUNT(*) FROM bookmark_node WHERE id IN (?, ?, ?, ?)"),
-                                   {a, b, inB, other}),
-             0);
+    QCOMPARE(
+        BookmarkProbe::scalar(QStringLiteral("SELECT COUNT(*) FROM bookmark_node WHERE id IN (?, ?, ?, ?)"),
+            { a, b, inB, other }),
+        0);
     QCOMPARE(BookmarkProbe::scalar(
                  QStringLiteral("SELECT COUNT(*) FROM bookmark_structure WHERE descendant IN (?, ?, ?, ?) OR "
                                 "ancestor IN (?, ?, ?, ?)"),
-                 {a, b, inB, other, a, b, inB, other}),
-             0);
+                 { a, b, inB, other, a, b, inB, other }),
+        0);
     QCOMPARE(treeSpy.count(), 1);
     QCOMPARE(listSpy.count(), 1);
-    QCOMPARE(ids(listSpy.first().at(0).value<QList<Bookmark>>()), QList<int>({stays}));
+    QCOMPARE(ids(listSpy.first().at(0).value<QList<Bookmark>>()), QList<int>({ stays }));
 }
 
 void TestBookmarks::moveIntoOwnSubtreeIsRefused_data()
 {
-    QTest::addColumn<QString>("moved");  // names of the nodes moved
+    QTest::addColumn<QString>("moved"); // names of the nodes moved
     QTest::addColumn<QString>("target"); // name of the new parent
     QTest::addColumn<bool>("many");
 
-    QTest::newRow("onto itself") << "top" << "top" << false;
-    QTest::newRow("into its child") << "top" << "child" << false;
-    QTest::newRow("into its grandchild") << "top" << "grandchild" << false;
-    QTest::newRow("list, onto one of them") << "side,top" << "top" << true;
-    QTest::newRow("list, into a grandchild") << "side,top" << "grandchild" << true;
+    QTest::newRow("onto itself") << "top"
+                                 << "top" << false;
+    QTest::newRow("into its child") << "top"
+                                    << "child" << false;
+    QTest::newRow("into its grandchild") << "top"
+                                         << "grandchild" << false;
+    QTest::newRow("list, onto one of them") << "side,top"
+                                            << "top" << true;
+    QTest::newRow("list, into a grandchild") << "side,top"
+                                             << "grandchild" << true;
     // A node below another listed node would be hung twice.
-    QTest::newRow("list holding a node and its child") << "top,child" << "side" << true;
+    QTest::newRow("list holding a node and its child") << "top,child"
+                                                       << "side" << true;
 }
 
 void TestBookmarks::moveIntoOwnSubtreeIsRefused()
@@ -288,8 +304,10 @@ void TestBookmarks::moveIntoOwnSubtreeIsRefused()
     QMap<QString, int> id;
     id[QStringLiteral("top")] = add(1, QString(), QStringLiteral("top"));
     id[QStringLiteral("child")] = add(id.value(QStringLiteral("top")), QString(), QStringLiteral("child"));
-    id[QStringLiteral("grandchild")] = add(id.value(QStringLiteral("child")), QString(), QStringLiteral("grandchild"));
-    add(id.value(QStringLiteral("grandchild")), QStringLiteral("https://leaf.example/"), QStringLiteral("leaf"));
+    id[QStringLiteral("grandchild")]
+        = add(id.value(QStringLiteral("child")), QString(), QStringLiteral("grandchild"));
+    add(id.value(QStringLiteral("grandchild")), QStringLiteral("https://leaf.example/"),
+        QStringLiteral("leaf"));
     id[QStringLiteral("side")] = add(1, QString(), QStringLiteral("side"));
 
     const QList<ClosureLink> before = BookmarkProbe::links();
@@ -323,8 +341,8 @@ void TestBookmarks::moveFolderLinksSubtreeToNewAncestors()
     QSignalSpy listSpy(m_worker.get(), &DBWorker::bookmarksAvailable);
     m_worker->moveBookmarkNode(b, q, true);
 
-    QList<ClosureLink> expected{{b, c, 1}, {b, leaf, 2}, {c, leaf, 1}, {q, b, 1}, {q, c, 2}, {q, leaf, 3},
-                         {2, b, 2},  {2, c, 3},    {2, leaf, 4}, {0, b, 3}, {0, c, 4}, {0, leaf, 5}};
+    QList<ClosureLink> expected { { b, c, 1 }, { b, leaf, 2 }, { c, leaf, 1 }, { q, b, 1 }, { q, c, 2 },
+        { q, leaf, 3 }, { 2, b, 2 }, { 2, c, 3 }, { 2, leaf, 4 }, { 0, b, 3 }, { 0, c, 4 }, { 0, leaf, 5 } };
     std::sort(expected.begin(), expected.end());
     QList<ClosureLink> subtree;
     for (const ClosureLink& link : BookmarkProbe::links()) {
@@ -335,8 +353,9 @@ void TestBookmarks::moveFolderLinksSubtreeToNewAncestors()
     // The folder that was left is re-read: a is empty now.
     QCOMPARE(listSpy.count(), 1);
     QVERIFY(listSpy.first().at(0).value<QList<Bookmark>>().isEmpty());
-    QCOMPARE(BookmarkProbe::scalar(QStringLiteral("SELECT COUNT(*) FROM bookmark_structure WHERE ancestor = ?"), {a}),
-             0);
+    QCOMPARE(BookmarkProbe::scalar(
+                 QStringLiteral("SELECT COUNT(*) FROM bookmark_structure WHERE ancestor = ?"), { a }),
+        0);
 }
 
 void TestBookmarks::folderStaysFolderWhenRenamed()
@@ -401,20 +420,23 @@ void TestBookmarks::migrateTwiceMakesOneFolder()
     QSignalSpy listSpy(m_worker.get(), &DBWorker::bookmarksAvailable);
 
     m_worker->migrateBookmark(QStringLiteral("First"), QStringLiteral("https://old.example/one"),
-                              QStringLiteral("data:image/png;base64,AAAA"));
+        QStringLiteral("data:image/png;base64,AAAA"));
     m_worker->migrateBookmark(QStringLiteral("Second"), QStringLiteral("https://old.example/two"),
-                              QStringLiteral("data:image/png;base64,BBBB"));
+        QStringLiteral("data:image/png;base64,BBBB"));
 
-    QCOMPARE(BookmarkProbe::scalar(QStringLiteral("SELECT COUNT(*) FROM bookmark_node INNER JOIN bookmark_structure "
-                                                  "ON descendant = id WHERE ancestor = 1 AND depth = 1 AND title = ? "
-                                                  "AND url IS NULL"),
-                                   {folderTitle}),
-             1);
-    const int folder = BookmarkProbe::scalar(QStringLiteral("SELECT id FROM bookmark_node WHERE title = ?"), {folderTitle});
-    QCOMPARE(BookmarkProbe::scalar(QStringLiteral("SELECT COUNT(*) FROM bookmark_structure WHERE ancestor = ? AND "
-                                                  "depth = 1"),
-                                   {folder}),
-             2);
+    QCOMPARE(BookmarkProbe::scalar(
+                 QStringLiteral("SELECT COUNT(*) FROM bookmark_node INNER JOIN bookmark_structure "
+                                "ON descendant = id WHERE ancestor = 1 AND depth = 1 AND title = ? "
+                                "AND url IS NULL"),
+                 { folderTitle }),
+        1);
+    const int folder = BookmarkProbe::scalar(
+        QStringLiteral("SELECT id FROM bookmark_node WHERE title = ?"), { folderTitle });
+    QCOMPARE(
+        BookmarkProbe::scalar(QStringLiteral("SELECT COUNT(*) FROM bookmark_structure WHERE ancestor = ? AND "
+                                             "depth = 1"),
+            { folder }),
+        2);
 
     // The last list answered is the migration folder with both bookmarks.
     QVERIFY(!listSpy.isEmpty());
@@ -422,7 +444,7 @@ void TestBookmarks::migrateTwiceMakesOneFolder()
     for (const Bookmark& bookmark : listSpy.last().at(0).value<QList<Bookmark>>())
         titles.append(bookmark.title);
     titles.sort();
-    QCOMPARE(titles, QStringList({QStringLiteral("First"), QStringLiteral("Second")}));
+    QCOMPARE(titles, QStringList({ QStringLiteral("First"), QStringLiteral("Second") }));
 
     // One favicon per site, and a later migration does not replace it.
     QSqlQuery icons(QSqlDatabase::database());
