@@ -39,11 +39,22 @@ int queueWritesAndQuit(int argc, char** argv)
     DBManager* manager = DBManager::instance();
     QTimer::singleShot(0, &app, [manager] {
         for (int i = 0; i < writesBeforeQuit; ++i) {
-            if (i % 2)
+            switch (i % 4) {
+            case 0:
                 manager->setDeviceMode(QStringLiteral("site%1.example").arg(i), i % 3, false);
-            else
+                break;
+            case 1:
                 manager->setFavicon(
                     QStringLiteral("https://site%1.example").arg(i), QStringLiteral("data:"), true);
+                break;
+            case 2:
+                manager->addHistoryEntry(
+                    QStringLiteral("https://site%1.example/").arg(i), QStringLiteral("t"));
+                break;
+            default:
+                manager->addToTabHistory(
+                    7, QStringLiteral("https://site%1.example/").arg(i), QStringLiteral("t"), false);
+            }
         }
         QCoreApplication::quit();
     });
@@ -61,6 +72,7 @@ private slots:
     void firstRequestSeesMigratedFile();
     void answersComeInRequestOrder();
     void quoteInSiteNeitherBreaksNorInjects();
+    void quoteInUrlNeitherBreaksNorInjects();
     void writesQueuedBeforeQuitAreKept();
     void cleanupTestCase();
 
@@ -180,6 +192,37 @@ void TestDbManager::quoteInSiteNeitherBreaksNorInjects()
     QCOMPARE(sites, QStringList({ QStringLiteral("https://keep.example"), quoted }));
 }
 
+void TestDbManager::quoteInUrlNeitherBreaksNorInjects()
+{
+    DBManager* manager = DBManager::instance();
+    // Bookmarked URLs are spliced into the tab history read as a list of literals.
+    const QString bookmarked = QStringLiteral("https://example.com/it's'); DROP TABLE link; --");
+    const QString plain = QStringLiteral("https://example.com/?q=o'brien");
+    manager->addBookmarkNode(1, bookmarked, QStringLiteral("quoted"));
+    manager->addHistoryEntry(plain, QStringLiteral("O'Brien's page"));
+    manager->addToTabHistory(11, plain, QStringLiteral("O'Brien's page"), false);
+    manager->addToTabHistory(11, bookmarked, QStringLiteral("quoted"), false);
+
+    QSignalSpy tabHistory(manager, &DBManager::tabHistoryAvailable);
+    QSignalSpy history(manager, &DBManager::historyAvailable);
+    manager->getTabHistory(11, QString(), QDateTime(), QDateTime(), false);
+    manager->getHistory(QStringLiteral("o'brien"), QDateTime(), QDateTime());
+    QVERIFY(history.wait(5000));
+    QCOMPARE(tabHistory.size(), 1);
+    const QList<Link> links = tabHistory.first().at(1).value<QList<Link>>();
+    QCOMPARE(links.size(), 2);
+    QCOMPARE(links.at(0).url, bookmarked);
+    QVERIFY(links.at(0).bookmarked);
+    QCOMPARE(links.at(1).url, plain);
+    QVERIFY(!links.at(1).bookmarked);
+    QCOMPARE(tabHistory.first().at(2).toInt(), links.at(0).id);
+
+    const QList<Link> found = history.first().first().value<QList<Link>>();
+    QCOMPARE(found.size(), 1);
+    QCOMPARE(found.first().title, QStringLiteral("O'Brien's page"));
+    QCOMPARE(history.first().at(1).toString(), QStringLiteral("o'brien"));
+}
+
 void TestDbManager::writesQueuedBeforeQuitAreKept()
 {
     QTemporaryDir home;
@@ -190,7 +233,7 @@ void TestDbManager::writesQueuedBeforeQuitAreKept()
         QVERIFY(QDir().mkpath(dir));
         env.insert(QString::fromLatin1(name), dir);
     }
-    env.insert(QStringLiteral("QT_LOGGING_RULES"), QStringLiteral("browser.app.*.info=false"));
+    env.insert(QStringLiteral("QT_LOGGING_RULES"), QStringLiteral("*.debug=false;browser.app.*.info=false"));
 
     QProcess child;
     child.setProcessEnvironment(env);
@@ -206,13 +249,17 @@ void TestDbManager::writesQueuedBeforeQuitAreKept()
                                                        QCoreApplication::applicationName()));
     QVERIFY2(QFile::exists(file), qPrintable(file));
     DbFileProbe db(file);
-    QCOMPARE(db.value(QStringLiteral("SELECT COUNT(*) FROM device_modes;")).toInt(), writesBeforeQuit / 2);
-    QCOMPARE(db.value(QStringLiteral("SELECT COUNT(*) FROM favicons;")).toInt(), writesBeforeQuit / 2);
-    // The last write of the burst is there too.
-    QCOMPARE(db.value(QStringLiteral("SELECT device_mode FROM device_modes WHERE domain = ?;"),
-                   { QStringLiteral("site%1.example").arg(writesBeforeQuit - 1) })
-                 .toInt(),
-        (writesBeforeQuit - 1) % 3);
+    const int each = writesBeforeQuit / 4;
+    QCOMPARE(db.value(QStringLiteral("SELECT COUNT(*) FROM device_modes;")).toInt(), each);
+    QCOMPARE(db.value(QStringLiteral("SELECT COUNT(*) FROM favicons;")).toInt(), each);
+    QCOMPARE(db.value(QStringLiteral("SELECT COUNT(*) FROM browser_history;")).toInt(), each);
+    QCOMPARE(db.value(QStringLiteral("SELECT COUNT(*) FROM tab_history WHERE tab_id = 7;")).toInt(), each);
+    // The last write of the burst is there too: the tab shows the last page it was sent to.
+    QCOMPARE(db.value(QStringLiteral("SELECT link.url FROM tab JOIN tab_history ON tab_history.id = "
+                                     "tab.tab_history_id JOIN link ON link.link_id = tab_history.link_id "
+                                     "WHERE tab.tab_id = 7;"))
+                 .toString(),
+        QStringLiteral("https://site%1.example/").arg(writesBeforeQuit - 1));
 }
 
 void TestDbManager::cleanupTestCase()
