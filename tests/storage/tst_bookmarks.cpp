@@ -33,13 +33,10 @@ private slots:
     void removeAllKeepsPermanentFolders();
     void filteredRead_data();
     void filteredRead();
-    void unfilteredReadListsFoldersFirst();
     void removeFolder_data();
     void removeFolder();
-    void removeBookmarksOfSeveralFolders();
     void moveIntoOwnSubtreeIsRefused_data();
     void moveIntoOwnSubtreeIsRefused();
-    void moveFolderLinksSubtreeToNewAncestors();
     void folderStaysFolderWhenRenamed();
     void lookupByUrl_data();
     void lookupByUrl();
@@ -49,7 +46,6 @@ private:
     // Adds a node and returns its id (the newest row).
     int add(int parent, const QString& url, const QString& title);
     QList<BookmarkTreeNode> tree();
-    QList<int> ids(const QList<Bookmark>& list);
 
     std::unique_ptr<TempProfile> m_profile;
     std::unique_ptr<DBWorker> m_worker;
@@ -80,15 +76,6 @@ QList<BookmarkTreeNode> TestBookmarks::tree()
     QSignalSpy spy(m_worker.get(), &DBWorker::bookmarksTreeAvailable);
     m_worker->getBookmarkTree();
     return spy.count() == 1 ? spy.first().at(0).value<QList<BookmarkTreeNode>>() : QList<BookmarkTreeNode>();
-}
-
-QList<int> TestBookmarks::ids(const QList<Bookmark>& list)
-{
-    QList<int> result;
-    for (const Bookmark& bookmark : list)
-        result.append(bookmark.id);
-    std::sort(result.begin(), result.end());
-    return result;
 }
 
 void TestBookmarks::removeAllKeepsPermanentFolders()
@@ -180,23 +167,6 @@ void TestBookmarks::filteredRead()
     QCOMPARE(titles, expected);
 }
 
-void TestBookmarks::unfilteredReadListsFoldersFirst()
-{
-    add(1, QStringLiteral("https://a.example/"), QStringLiteral("A"));
-    const int folder = add(1, QString(), QStringLiteral("F"));
-    add(folder, QStringLiteral("https://inner.example/"), QStringLiteral("Inner"));
-    add(1, QStringLiteral("https://b.example/"), QStringLiteral("B"));
-
-    QSignalSpy spy(m_worker.get(), &DBWorker::bookmarksAvailable);
-    m_worker->getBookmarks(1, QString());
-    QCOMPARE(spy.count(), 1);
-    const auto list = spy.first().at(0).value<QList<Bookmark>>();
-    // Direct children only; the folder (empty url) first.
-    QCOMPARE(list.size(), 3);
-    QCOMPARE(list.first().id, folder);
-    QVERIFY(list.first().url.isEmpty());
-}
-
 void TestBookmarks::removeFolder_data()
 {
     QTest::addColumn<bool>("clearOnly");
@@ -245,33 +215,6 @@ void TestBookmarks::removeFolder()
         QVERIFY(node.id != sub);
     }
     QCOMPARE(listed, clearOnly);
-}
-
-void TestBookmarks::removeBookmarksOfSeveralFolders()
-{
-    const int a = add(1, QString(), QStringLiteral("A"));
-    const int b = add(a, QString(), QStringLiteral("B"));
-    const int inB = add(b, QStringLiteral("https://in-b.example/"), QStringLiteral("in b"));
-    const int other = add(1, QStringLiteral("https://other.example/"), QStringLiteral("other"));
-    const int stays = add(1, QStringLiteral("https://stays.example/"), QStringLiteral("stays"));
-
-    QSignalSpy treeSpy(m_worker.get(), &DBWorker::bookmarksTreeAvailable);
-    QSignalSpy listSpy(m_worker.get(), &DBWorker::bookmarksAvailable);
-    // The list starts with a bookmark of "Bookmarks", so that folder's list is re-read.
-    m_worker->removeBookmarkNodes({ other, a }, true);
-
-    QCOMPARE(
-        BookmarkProbe::scalar(QStringLiteral("SELECT COUNT(*) FROM bookmark_node WHERE id IN (?, ?, ?, ?)"),
-            { a, b, inB, other }),
-        0);
-    QCOMPARE(BookmarkProbe::scalar(
-                 QStringLiteral("SELECT COUNT(*) FROM bookmark_structure WHERE descendant IN (?, ?, ?, ?) OR "
-                                "ancestor IN (?, ?, ?, ?)"),
-                 { a, b, inB, other, a, b, inB, other }),
-        0);
-    QCOMPARE(treeSpy.count(), 1);
-    QCOMPARE(listSpy.count(), 1);
-    QCOMPARE(ids(listSpy.first().at(0).value<QList<Bookmark>>()), QList<int>({ stays }));
 }
 
 void TestBookmarks::moveIntoOwnSubtreeIsRefused_data()
@@ -326,36 +269,6 @@ void TestBookmarks::moveIntoOwnSubtreeIsRefused()
     QCOMPARE(BookmarkProbe::toString(BookmarkProbe::links()), BookmarkProbe::toString(before));
     QCOMPARE(treeSpy.count(), 0);
     QCOMPARE(listSpy.count(), 0);
-}
-
-void TestBookmarks::moveFolderLinksSubtreeToNewAncestors()
-{
-    // Bookmarks/a/b/c/leaf moved to Quick access/q: every ancestor of the new
-    // place reaches every node of the subtree at the summed distance.
-    const int q = add(2, QString(), QStringLiteral("q"));
-    const int a = add(1, QString(), QStringLiteral("a"));
-    const int b = add(a, QString(), QStringLiteral("b"));
-    const int c = add(b, QString(), QStringLiteral("c"));
-    const int leaf = add(c, QStringLiteral("https://leaf.example/"), QStringLiteral("leaf"));
-
-    QSignalSpy listSpy(m_worker.get(), &DBWorker::bookmarksAvailable);
-    m_worker->moveBookmarkNode(b, q, true);
-
-    QList<ClosureLink> expected { { b, c, 1 }, { b, leaf, 2 }, { c, leaf, 1 }, { q, b, 1 }, { q, c, 2 },
-        { q, leaf, 3 }, { 2, b, 2 }, { 2, c, 3 }, { 2, leaf, 4 }, { 0, b, 3 }, { 0, c, 4 }, { 0, leaf, 5 } };
-    std::sort(expected.begin(), expected.end());
-    QList<ClosureLink> subtree;
-    for (const ClosureLink& link : BookmarkProbe::links()) {
-        if (link.descendant == b || link.descendant == c || link.descendant == leaf)
-            subtree.append(link);
-    }
-    QCOMPARE(BookmarkProbe::toString(subtree), BookmarkProbe::toString(expected));
-    // The folder that was left is re-read: a is empty now.
-    QCOMPARE(listSpy.count(), 1);
-    QVERIFY(listSpy.first().at(0).value<QList<Bookmark>>().isEmpty());
-    QCOMPARE(BookmarkProbe::scalar(
-                 QStringLiteral("SELECT COUNT(*) FROM bookmark_structure WHERE ancestor = ?"), { a }),
-        0);
 }
 
 void TestBookmarks::folderStaysFolderWhenRenamed()
