@@ -1,50 +1,72 @@
 #include "dbschema.h"
 
-namespace {
+namespace
+{
 // Built before main runs and never changed afterwards.
 const QVector<TableSchema> tables = {
-    {QStringLiteral("tab"),
-     {QStringLiteral("tab_id INTEGER PRIMARY KEY AUTOINCREMENT"), QStringLiteral("tab_history_id INTEGER"),
-      QStringLiteral("screenshot TEXT"), QStringLiteral("order_index INTEGER")}},
-    {QStringLiteral("link"),
-     {QStringLiteral("link_id INTEGER PRIMARY KEY AUTOINCREMENT"), QStringLiteral("url TEXT"),
-      QStringLiteral("title TEXT"), QStringLiteral("thumb_path TEXT")}},
-    {QStringLiteral("browser_history"),
-     {QStringLiteral("id INTEGER PRIMARY KEY AUTOINCREMENT"), QStringLiteral("url TEXT"),
-      QStringLiteral("title TEXT"), QStringLiteral("favorite_icon TEXT"),
-      QStringLiteral("visited_count INTEGER DEFAULT 1"), QStringLiteral("date INTEGER")}},
-    {QStringLiteral("tab_history"),
-     {QStringLiteral("id INTEGER PRIMARY KEY AUTOINCREMENT"), QStringLiteral("tab_id INTEGER"),
-      QStringLiteral("link_id INTEGER"), QStringLiteral("date INTEGER")}},
-    {QStringLiteral("bookmark_node"),
-     {QStringLiteral("id INTEGER PRIMARY KEY AUTOINCREMENT"), QStringLiteral("title TEXT"),
-      QStringLiteral("url TEXT")}},
-    {QStringLiteral("bookmark_structure"),
-     {QStringLiteral("ancestor INTEGER"), QStringLiteral("descendant INTEGER"), QStringLiteral("depth INTEGER")}},
-    {QStringLiteral("permissions"),
-     {QStringLiteral("site_id INTEGER PRIMARY KEY"), QStringLiteral("camera INTEGER"),
-      QStringLiteral("microphone INTEGER"), QStringLiteral("geolocation INTEGER"),
-      QStringLiteral("notification INTEGER"), QStringLiteral("screen_capture INTEGER"),
-      QStringLiteral("popups INTEGER"), QStringLiteral("cookies INTEGER")}},
-    {QStringLiteral("search_engines"),
-     {QStringLiteral("id INTEGER PRIMARY KEY AUTOINCREMENT"), QStringLiteral("name TEXT"),
-      QStringLiteral("url TEXT"), QStringLiteral("editable BIT")}},
-    {QStringLiteral("favicons"),
-     {QStringLiteral("base_url TEXT PRIMARY KEY"), QStringLiteral("favicon TEXT"), QStringLiteral("date INTEGER")}},
-    {QStringLiteral("downloads"),
-     {QStringLiteral("id INTEGER PRIMARY KEY AUTOINCREMENT"), QStringLiteral("path TEXT UNIQUE"),
-      QStringLiteral("url TEXT"), QStringLiteral("last_modified INTEGER"),
-      QStringLiteral("status INTEGER DEFAULT 0")}},
-    {QStringLiteral("sites"),
-     {QStringLiteral("id INTEGER PRIMARY KEY AUTOINCREMENT"), QStringLiteral("site TEXT UNIQUE")}},
-    {QStringLiteral("password_exceptions"),
-     {QStringLiteral("url TEXT UNIQUE"), QStringLiteral("suggestions_count INTEGER")}},
-    {QStringLiteral("site_dprs"),
-     {QStringLiteral("id INTEGER PRIMARY KEY AUTOINCREMENT"), QStringLiteral("site_id INTEGER UNIQUE"),
-      QStringLiteral("dpr FLOAT")}},
-    {QStringLiteral("device_modes"),
-     {QStringLiteral("domain TEXT PRIMARY KEY"), QStringLiteral("device_mode INTEGER")}},
-    {QStringLiteral("metadata"), {QStringLiteral("db_version TEXT")}},
+    { QStringLiteral("tab"),
+        { QStringLiteral("tab_id INTEGER PRIMARY KEY AUTOINCREMENT"),
+            QStringLiteral("tab_history_id INTEGER"), QStringLiteral("screenshot TEXT"),
+            QStringLiteral("order_index INTEGER") } },
+    { QStringLiteral("link"),
+        { QStringLiteral("link_id INTEGER PRIMARY KEY AUTOINCREMENT"), QStringLiteral("url TEXT"),
+            QStringLiteral("title TEXT"), QStringLiteral("thumb_path TEXT") } },
+    { QStringLiteral("browser_history"),
+        { QStringLiteral("id INTEGER PRIMARY KEY AUTOINCREMENT"), QStringLiteral("url TEXT"),
+            QStringLiteral("title TEXT"), QStringLiteral("favorite_icon TEXT"),
+            QStringLiteral("visited_count INTEGER DEFAULT 1"), QStringLiteral("date INTEGER") } },
+    { QStringLiteral("tab_history"),
+        { QStringLiteral("id INTEGER PRIMARY KEY AUTOINCREMENT"), QStringLiteral("tab_id INTEGER"),
+            QStringLiteral("link_id INTEGER"), QStringLiteral("date INTEGER") } },
+    { QStringLiteral("bookmark_node"),
+        { QStringLiteral("id INTEGER PRIMARY KEY AUTOINCREMENT"), QStringLiteral("title TEXT"),
+            QStringLiteral("url TEXT") } },
+    { QStringLiteral("bookmark_structure"),
+        { QStringLiteral("ancestor INTEGER"), QStringLiteral("descendant INTEGER"),
+            QStringLiteral("depth INTEGER") } },
+    { QStringLiteral("permissions"),
+        { QStringLiteral("site_id INTEGER PRIMARY KEY"), QStringLiteral("camera INTEGER"),
+            QStringLiteral("microphone INTEGER"), QStringLiteral("geolocation INTEGER"),
+            QStringLiteral("notification INTEGER"), QStringLiteral("screen_capture INTEGER"),
+            QStringLiteral("popups INTEGER"), QStringLiteral("cookies INTEGER") } },
+    { QStringLiteral("search_engines"),
+        { QStringLiteral("id INTEGER PRIMARY KEY AUTOINCREMENT"), QStringLiteral("name TEXT"),
+            QStringLiteral("url TEXT"), QStringLiteral("editable BIT") } },
+    { QStringLiteral("favicons"),
+        { QStringLiteral("base_url TEXT PRIMARY KEY"), QStringLiteral("favicon TEXT"),
+            QStringLiteral("date INTEGER") } },
+    { QStringLiteral("downloads"),
+        { QStringLiteral("id INTEGER PRIMARY KEY AUTOINCREMENT"), QStringLiteral("path TEXT UNIQUE"),
+            QStringLiteral("url TEXT"), QStringLiteral("last_modified INTEGER"),
+            QStringLiteral("status INTEGER DEFAULT 0") } },
+    { QStringLiteral("sites"),
+        { QStringLiteral("id INTEGER PRIMARY KEY AUTOINCREMENT"), QStringLiteral("site TEXT UNIQUE") } },
+    { QStringLiteral("password_exceptions"),
+        { QStringLiteral("url TEXT UNIQUE"), QStringLiteral("suggestions_count INTEGER") } },
+    { QStringLiteral("site_dprs"),
+        { QStringLiteral("id INTEGER PRIMARY KEY AUTOINCREMENT"), QStringLiteral("site_id INTEGER UNIQUE"),
+            QStringLiteral("dpr FLOAT") } },
+    { QStringLiteral("device_modes"),
+        { QStringLiteral("domain TEXT PRIMARY KEY"), QStringLiteral("device_mode INTEGER") } },
+    { QStringLiteral("metadata"), { QStringLiteral("db_version TEXT") } },
+};
+
+// Each serves statements run on every page visit or at every start:
+// the per-day history merge and the most-visited grouping (url, date), the
+// history list and its trim (date), tab history reads and deletions (tab_id),
+// link reuse (url), the bookmark closure walks in both directions, the
+// "bookmarked" test (bookmark_node url) and the favicon trim (date).
+const QStringList indexes = {
+    QStringLiteral("CREATE INDEX IF NOT EXISTS browser_history_url_date ON browser_history (url, date);"),
+    QStringLiteral("CREATE INDEX IF NOT EXISTS browser_history_date ON browser_history (date);"),
+    QStringLiteral("CREATE INDEX IF NOT EXISTS tab_history_tab_id ON tab_history (tab_id);"),
+    QStringLiteral("CREATE INDEX IF NOT EXISTS link_url ON link (url);"),
+    QStringLiteral("CREATE INDEX IF NOT EXISTS bookmark_structure_descendant_depth ON bookmark_structure "
+                   "(descendant, depth);"),
+    QStringLiteral(
+        "CREATE INDEX IF NOT EXISTS bookmark_structure_ancestor ON bookmark_structure (ancestor);"),
+    QStringLiteral("CREATE INDEX IF NOT EXISTS bookmark_node_url ON bookmark_node (url);"),
+    QStringLiteral("CREATE INDEX IF NOT EXISTS favicons_date ON favicons (date);"),
 };
 } // namespace
 
@@ -60,6 +82,11 @@ QString schemaColumns(const QString& table)
             return t.columns.join(QStringLiteral(", "));
     }
     return QString();
+}
+
+const QStringList& schemaIndexes()
+{
+    return indexes;
 }
 
 QString databaseVersion()

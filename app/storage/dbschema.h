@@ -14,5 +14,9 @@ const QVector<TableSchema>& schemaTables();
 // The column definitions of one table joined for a CREATE TABLE; empty for an unknown table.
 QString schemaColumns(const QString& table);
 
+// CREATE INDEX statements that keep the per-visit, per-tab and trim statements
+// fast as the history grows. Indexes are not part of the table list above.
+const QStringList& schemaIndexes();
+
 // Version written to the metadata table of a current database.
 QString databaseVersion();

@@ -3,12 +3,18 @@
 #include "dbschema.h"
 #include "utils/logcategories.h"
 
+#include <QDateTime>
 #include <QDir>
+#include <QFile>
 #include <QSqlError>
 #include <QStandardPaths>
 
-namespace {
+namespace
+{
 const QString databaseFileName = QStringLiteral("browser-app.sqlite");
+// Primary result codes of SQLite for a file that is not (or no longer) a database.
+constexpr int sqliteCorrupt = 11;
+constexpr int sqliteNotADatabase = 26;
 } // namespace
 
 DBWorker::DBWorker(QObject* parent)
@@ -21,7 +27,7 @@ DBWorker::~DBWorker()
 {
     // Connections are per thread and per name; release both so that a later
     // worker in the same process starts from a clean slate.
-    for (const QString& name : {m_mainConnection, privateConnectionName()}) {
+    for (const QString& name : { m_mainConnection, privateConnectionName() }) {
         if (!QSqlDatabase::contains(name))
             continue;
         {
@@ -88,9 +94,66 @@ bool DBWorker::openConnections()
         qCWarning(lcStorage) << "Failed to open database " << db.lastError();
         return false;
     }
+    if (!recoverUnusableFile(db))
+        return false;
     if (!privateDb.open())
         qCWarning(lcStorage) << "Failed to open private database " << privateDb.lastError();
     return true;
+}
+
+bool DBWorker::recoverUnusableFile(QSqlDatabase& db)
+{
+    // SQLite opens any file lazily; the first read of the schema is what tells
+    // a damaged or foreign file apart. Only those two answers mean the file
+    // itself is at fault: anything else (a full disk, a lock) must not cost the
+    // user their history.
+    int code = 0;
+    {
+        QSqlQuery probe(db);
+        if (probe.exec(QStringLiteral("SELECT COUNT(*) FROM sqlite_master;")))
+            return true;
+        code = probe.lastError().nativeErrorCode().toInt() & 0xff;
+        if (code != sqliteNotADatabase && code != sqliteCorrupt)
+            return true;
+        qCWarning(lcStorage) << "Database file is unusable:" << probe.lastError();
+    }
+    db.close();
+
+    const QString path = db.databaseName();
+    const QString stamp = QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd-HHmmss"));
+    QString aside = path + QStringLiteral(".corrupt-") + stamp;
+    for (int n = 1; QFile::exists(aside); ++n)
+        aside = path + QStringLiteral(".corrupt-") + stamp + QLatin1Char('-') + QString::number(n);
+    if (QFile::rename(path, aside)) {
+        // The journal files belong to the damaged file; a fresh database must not replay them.
+        for (const QString& suffix : { QStringLiteral("-wal"), QStringLiteral("-shm") }) {
+            if (QFile::exists(path + suffix))
+                QFile::rename(path + suffix, aside + suffix);
+        }
+        qCWarning(lcStorage) << "Moved unusable database aside to" << aside << "and started a fresh one";
+    } else {
+        qCWarning(lcStorage) << "Failed to move unusable database aside" << path;
+    }
+
+    if (!db.open()) {
+        qCWarning(lcStorage) << "Failed to open database " << db.lastError();
+        return false;
+    }
+    return true;
+}
+
+void DBWorker::configureFileConnection()
+{
+    // Write-ahead logging with NORMAL sync keeps a page visit to a single
+    // append without an fsync, while a crash of the browser still loses no
+    // committed row; only a power loss may roll back the last few.
+    QSqlQuery journal = prepare(QStringLiteral("PRAGMA journal_mode=WAL;"), false);
+    if (!execute(journal) || !journal.next()
+        || journal.value(0).toString().compare(QLatin1String("wal"), Qt::CaseInsensitive) != 0) {
+        qCWarning(lcStorage) << "Write-ahead logging is not available for" << databaseFilePath();
+    }
+    QSqlQuery sync = prepare(QStringLiteral("PRAGMA synchronous=NORMAL;"), false);
+    execute(sync);
 }
 
 void DBWorker::createTables(const QSqlDatabase& db)
@@ -99,9 +162,29 @@ void DBWorker::createTables(const QSqlDatabase& db)
     for (const TableSchema& table : schemaTables()) {
         QSqlQuery query = prepare(QStringLiteral("CREATE TABLE IF NOT EXISTS %1 (%2);")
                                       .arg(table.name, table.columns.join(QStringLiteral(", "))),
-                                  isPrivate);
+            isPrivate);
         execute(query);
     }
+}
+
+void DBWorker::createIndexes(bool isPrivate)
+{
+    for (const QString& statement : schemaIndexes()) {
+        QSqlQuery query = prepare(statement, isPrivate);
+        execute(query);
+    }
+}
+
+void DBWorker::storeVersion(const QString& version, bool isNew)
+{
+    QSqlQuery query
+        = prepare(isNew ? QStringLiteral("INSERT INTO metadata (db_version) VALUES ('%1')").arg(version)
+                        : QStringLiteral("UPDATE metadata SET db_version = '%1'").arg(version),
+            false);
+    if (execute(query))
+        qCInfo(lcMigration) << "Set version of browser's DB to" << version;
+    else
+        qCWarning(lcMigration) << "Failed to set version of browser's DB to" << version;
 }
 
 void DBWorker::init()
@@ -109,6 +192,38 @@ void DBWorker::init()
     m_opened = openConnections();
     if (!m_opened)
         return;
+    configureFileConnection();
+
     createTables(database(false));
-    createTables(database(true));
+    qCInfo(lcStorage) << QStringLiteral(WEBDECK_APP_ID) << "version is" << databaseVersion();
+
+    const QString currentVersion = databaseVersion();
+    QString storedVersion;
+    QSqlQuery versionQuery = prepare(QStringLiteral("SELECT db_version FROM metadata;"), false);
+    if (execute(versionQuery) && versionQuery.next()) {
+        storedVersion = versionQuery.value(0).toString();
+        versionQuery.finish();
+        qCInfo(lcMigration) << "Current version of browser's DB is" << storedVersion;
+        runMigrations(storedVersion);
+        if (storedVersion != currentVersion)
+            storeVersion(currentVersion, false);
+    } else {
+        versionQuery.finish();
+        qCInfo(lcMigration) << "Create browser's DB";
+        storeVersion(currentVersion, true);
+    }
+
+    // After the ladder, so that no index refers to a column an old layout lacks.
+    createIndexes(false);
+    insertDefaultRows();
+
+    if (database(true).isOpen()) {
+        // Private tabs run every tab and tab-history statement, and site data
+        // ones, against this database: it gets the whole schema, then the
+        // per-site screen settings of the file.
+        createTables(database(true));
+        createIndexes(true);
+        seedPrivateDatabase();
+    }
+    trimOldData();
 }

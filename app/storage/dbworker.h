@@ -164,8 +164,14 @@ private:
 
     // ---- database set-up and migrations (dbworker.cpp, dbmigrations.cpp) ----
     bool openConnections();
+    // Moves a file SQLite cannot read out of the way so that a fresh one takes its place.
+    bool recoverUnusableFile(QSqlDatabase& db);
+    void configureFileConnection();
     void createTables(const QSqlDatabase& db);
+    void createIndexes(bool isPrivate);
+    void storeVersion(const QString& version, bool isNew);
     void runMigrations(const QString& storedVersion);
+    void moveSiteDataToSiteIds();
     void insertDefaultRows();
     void seedPrivateDatabase();
     void trimOldData();
@@ -176,9 +182,17 @@ private:
     Link currentTabLink(int tabId);
 
     // ---- bookmark helpers (dbworkerbookmarks.cpp) ----
+    // The depth-1 ancestor of a node, -1 when it has none.
+    int bookmarkParent(int id);
+    // Whether hanging ids under newParentId would put a node below itself.
+    bool moveCreatesCycle(const QList<int>& ids, int newParentId);
+    // Id of the folder of migrated bookmarks below "Bookmarks", -1 when missing.
+    int migratedBookmarksFolder(const QString& folderTitle);
 
     // ---- site data helpers (dbworkersitedata.cpp) ----
     int getSiteId(const QString& site, bool isPrivate);
+    // The sites.id of a site without creating the row; -1 when the site is unknown.
+    int findSiteId(const QString& site, bool isPrivate, bool* failed = nullptr);
 
     QString m_mainConnection;
     bool m_opened = false;
