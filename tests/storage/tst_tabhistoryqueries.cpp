@@ -31,7 +31,6 @@ private slots:
     void removeTabHistoryEntries();
     void updateTabHistoryTitle_data();
     void updateTabHistoryTitle();
-    void updateTabHistoryEntryRewritesLink();
     void quotedText_data();
     void quotedText();
 
@@ -462,22 +461,6 @@ void TestTabHistoryQueries::updateTabHistoryTitle()
         HistoryProfile::scalar(QStringLiteral("SELECT COUNT(*) FROM link WHERE title = 'new'"), {}, isPrivate)
             .toInt(),
         changed ? 1 : 0);
-}
-
-void TestTabHistoryQueries::updateTabHistoryEntryRewritesLink()
-{
-    worker().addToTabHistory(1, pageA, QStringLiteral("A"), false);
-    worker().addToTabHistory(1, pageB, QStringLiteral("B"), false);
-    const int entryId
-        = HistoryProfile::scalar(QStringLiteral("SELECT tab_history_id FROM tab WHERE tab_id = 1")).toInt();
-
-    QSignalSpy spy(&worker(), &DBWorker::tabHistoryEntryChanged);
-    worker().updateTabHistoryEntry(entryId, pageC, QStringLiteral("C"), false);
-    QCOMPARE(spy.count(), 1);
-    QCOMPARE(spy.at(0), (QVariantList { entryId, pageC, QStringLiteral("C") }));
-    QCOMPARE(HistoryProfile::rows(QStringLiteral("SELECT url, title FROM link ORDER BY link_id")),
-        (QStringList { pageA + QStringLiteral("|A"), pageC + QStringLiteral("|C") }));
-    QCOMPARE(currentUrl(1), pageC);
 }
 
 void TestTabHistoryQueries::quotedText_data()
