@@ -10,13 +10,15 @@
 // Reads then need no recursion except for drawing the folder tree. Bookmarks are
 // never private, so everything here runs on the main connection.
 
-namespace {
+namespace
+{
 
-const QString insertLinksSql = QStringLiteral(
-    "INSERT INTO bookmark_structure SELECT ?, ?, 1 UNION SELECT ancestor, ?, depth + 1 FROM bookmark_structure "
-    "WHERE descendant = ?;");
+const QString insertLinksSql = QStringLiteral("INSERT INTO bookmark_structure SELECT ?, ?, 1 UNION SELECT "
+                                              "ancestor, ?, depth + 1 FROM bookmark_structure "
+                                              "WHERE descendant = ?;");
 
-const QString parentSql = QStringLiteral("SELECT ancestor FROM bookmark_structure WHERE descendant = ? AND depth = 1;");
+const QString parentSql
+    = QStringLiteral("SELECT ancestor FROM bookmark_structure WHERE descendant = ? AND depth = 1;");
 
 // Ids are spliced as decimal numbers only, so nothing needs quoting.
 QString joinIds(const QList<int>& ids)
@@ -56,7 +58,7 @@ bool DBWorker::moveCreatesCycle(const QList<int>& ids, int newParentId)
     QSqlQuery query = prepare(QStringLiteral("SELECT 1 FROM bookmark_structure WHERE ancestor IN (%1) "
                                              "AND (descendant = ? OR descendant IN (%2)) LIMIT 1;")
                                   .arg(list, list),
-                              false);
+        false);
     query.addBindValue(newParentId);
     // Unable to tell: refuse rather than risk cutting a subtree off the root.
     if (!execute(query))
@@ -95,7 +97,8 @@ void DBWorker::addBookmarkNode(int parentId, const QString& url, const QString& 
 
 void DBWorker::updateBookmarkNode(int id, const QString& url, const QString& title)
 {
-    QSqlQuery query = prepare(QStringLiteral("UPDATE bookmark_node SET url = ?, title = ? WHERE id = ?;"), false);
+    QSqlQuery query
+        = prepare(QStringLiteral("UPDATE bookmark_node SET url = ?, title = ? WHERE id = ?;"), false);
     query.addBindValue(urlValue(url));
     query.addBindValue(title);
     query.addBindValue(id);
@@ -104,19 +107,21 @@ void DBWorker::updateBookmarkNode(int id, const QString& url, const QString& tit
 
 void DBWorker::moveBookmarkNode(int id, int newParentId, bool isFolder)
 {
-    if (moveCreatesCycle({id}, newParentId)) {
-        qCWarning(lcStorage) << Q_FUNC_INFO << "refusing to move a bookmark node into itself or its own subtree"
+    if (moveCreatesCycle({ id }, newParentId)) {
+        qCWarning(lcStorage) << Q_FUNC_INFO
+                             << "refusing to move a bookmark node into itself or its own subtree"
                              << "id:" << id << "new parent:" << newParentId;
         return;
     }
 
     const int oldParentId = bookmarkParent(id);
 
-    QSqlQuery cut = prepare(QStringLiteral("WITH children AS (SELECT descendant FROM bookmark_structure struct "
-                                           "WHERE struct.ancestor = ?) DELETE FROM bookmark_structure WHERE "
-                                           "descendant = ? OR (descendant IN children AND ancestor != ? AND "
-                                           "ancestor NOT IN children);"),
-                            false);
+    QSqlQuery cut
+        = prepare(QStringLiteral("WITH children AS (SELECT descendant FROM bookmark_structure struct "
+                                 "WHERE struct.ancestor = ?) DELETE FROM bookmark_structure WHERE "
+                                 "descendant = ? OR (descendant IN children AND ancestor != ? AND "
+                                 "ancestor NOT IN children);"),
+            false);
     cut.addBindValue(id);
     cut.addBindValue(id);
     cut.addBindValue(id);
@@ -133,10 +138,11 @@ void DBWorker::moveBookmarkNode(int id, int newParentId, bool isFolder)
 
     if (isFolder) {
         QSqlQuery join = prepare(
-            QStringLiteral("INSERT INTO bookmark_structure SELECT bookmark_structure.ancestor, struct.descendant, "
-                           "bookmark_structure.depth + struct.depth FROM bookmark_structure INNER JOIN "
-                           "bookmark_structure struct ON struct.ancestor = bookmark_structure.descendant WHERE "
-                           "bookmark_structure.descendant = ?;"),
+            QStringLiteral(
+                "INSERT INTO bookmark_structure SELECT bookmark_structure.ancestor, struct.descendant, "
+                "bookmark_structure.depth + struct.depth FROM bookmark_structure INNER JOIN "
+                "bookmark_structure struct ON struct.ancestor = bookmark_structure.descendant WHERE "
+                "bookmark_structure.descendant = ?;"),
             false);
         join.addBindValue(id);
         if (!execute(join))
@@ -157,7 +163,8 @@ void DBWorker::moveBookmarkNodes(const QList<int>& ids, int newParentId, bool ha
     if (nodes.isEmpty())
         return;
     if (moveCreatesCycle(nodes, newParentId)) {
-        qCWarning(lcStorage) << Q_FUNC_INFO << "refusing to move bookmark nodes into themselves or their own subtree"
+        qCWarning(lcStorage) << Q_FUNC_INFO
+                             << "refusing to move bookmark nodes into themselves or their own subtree"
                              << "ids:" << nodes << "new parent:" << newParentId;
         return;
     }
@@ -165,12 +172,13 @@ void DBWorker::moveBookmarkNodes(const QList<int>& ids, int newParentId, bool ha
     const int oldParentId = bookmarkParent(nodes.first());
     const QString list = joinIds(nodes);
 
-    QSqlQuery cut = prepare(QStringLiteral("WITH children AS (SELECT descendant FROM bookmark_structure struct "
-                                           "WHERE struct.ancestor IN (%1)) DELETE FROM bookmark_structure WHERE "
-                                           "descendant IN (%2) OR (descendant IN children AND ancestor NOT IN (%3) "
-                                           "AND ancestor NOT IN children);")
-                                .arg(list, list, list),
-                            false);
+    QSqlQuery cut
+        = prepare(QStringLiteral("WITH children AS (SELECT descendant FROM bookmark_structure struct "
+                                 "WHERE struct.ancestor IN (%1)) DELETE FROM bookmark_structure WHERE "
+                                 "descendant IN (%2) OR (descendant IN children AND ancestor NOT IN (%3) "
+                                 "AND ancestor NOT IN children);")
+                      .arg(list, list, list),
+            false);
     if (!execute(cut))
         return;
 
@@ -186,10 +194,11 @@ void DBWorker::moveBookmarkNodes(const QList<int>& ids, int newParentId, bool ha
 
     if (hasFolder) {
         QSqlQuery join = prepare(
-            QStringLiteral("INSERT INTO bookmark_structure SELECT bookmark_structure.ancestor, struct.descendant, "
-                           "bookmark_structure.depth + struct.depth FROM bookmark_structure INNER JOIN "
-                           "bookmark_structure struct ON struct.ancestor = bookmark_structure.descendant WHERE "
-                           "bookmark_structure.descendant IN (%1);")
+            QStringLiteral(
+                "INSERT INTO bookmark_structure SELECT bookmark_structure.ancestor, struct.descendant, "
+                "bookmark_structure.depth + struct.depth FROM bookmark_structure INNER JOIN "
+                "bookmark_structure struct ON struct.ancestor = bookmark_structure.descendant WHERE "
+                "bookmark_structure.descendant IN (%1);")
                 .arg(list),
             false);
         if (!execute(join))
@@ -206,22 +215,25 @@ void DBWorker::removeBookmarkNode(int id, bool isFolder, bool clearOnly)
         node.addBindValue(id);
         if (!execute(node))
             return;
-        QSqlQuery links = prepare(QStringLiteral("DELETE FROM bookmark_structure WHERE descendant = ?;"), false);
+        QSqlQuery links
+            = prepare(QStringLiteral("DELETE FROM bookmark_structure WHERE descendant = ?;"), false);
         links.addBindValue(id);
         execute(links);
         return;
     }
 
-    QString nodeSql = QStringLiteral(
-        "DELETE FROM bookmark_node WHERE id IN (SELECT descendant FROM bookmark_structure WHERE ancestor = ?");
-    QString linkSql = QStringLiteral("WITH temp AS (SELECT descendant FROM bookmark_structure WHERE ancestor = ?");
+    QString nodeSql = QStringLiteral("DELETE FROM bookmark_node WHERE id IN (SELECT descendant FROM "
+                                     "bookmark_structure WHERE ancestor = ?");
+    QString linkSql
+        = QStringLiteral("WITH temp AS (SELECT descendant FROM bookmark_structure WHERE ancestor = ?");
     if (clearOnly) {
         nodeSql += QStringLiteral(" AND descendant != ?") + QStringLiteral(")");
         linkSql += QStringLiteral(" AND descendant != ?");
     } else {
         nodeSql += QStringLiteral(")") + QStringLiteral(" OR id = ?");
     }
-    linkSql += QStringLiteral(") DELETE FROM bookmark_structure WHERE descendant IN temp OR ancestor IN temp");
+    linkSql
+        += QStringLiteral(") DELETE FROM bookmark_structure WHERE descendant IN temp OR ancestor IN temp");
     if (!clearOnly)
         linkSql += QStringLiteral(" OR descendant = ? OR ancestor = ?");
 
@@ -252,15 +264,16 @@ void DBWorker::removeBookmarkNodes(const QList<int>& ids, bool hasFolder)
     QSqlQuery nodes = prepare(QStringLiteral("DELETE FROM bookmark_node WHERE id IN (SELECT descendant FROM "
                                              "bookmark_structure WHERE ancestor IN (%1)) OR id IN (%2);")
                                   .arg(list, list),
-                              false);
+        false);
     if (!execute(nodes))
         return;
 
-    QSqlQuery links = prepare(QStringLiteral("WITH temp AS (SELECT descendant FROM bookmark_structure WHERE "
-                                             "ancestor IN (%1)) DELETE FROM bookmark_structure WHERE descendant IN "
-                                             "temp OR descendant IN (%2) OR ancestor IN temp OR ancestor IN (%3);")
-                                  .arg(list, list, list),
-                              false);
+    QSqlQuery links
+        = prepare(QStringLiteral("WITH temp AS (SELECT descendant FROM bookmark_structure WHERE "
+                                 "ancestor IN (%1)) DELETE FROM bookmark_structure WHERE descendant IN "
+                                 "temp OR descendant IN (%2) OR ancestor IN temp OR ancestor IN (%3);")
+                      .arg(list, list, list),
+            false);
     if (!execute(links))
         return;
 
@@ -274,7 +287,8 @@ void DBWorker::removeAllBookmarks()
     QSqlQuery nodes = prepare(QStringLiteral("DELETE FROM bookmark_node WHERE id > 2;"), false);
     if (!execute(nodes))
         return;
-    QSqlQuery links = prepare(QStringLiteral("DELETE FROM bookmark_structure WHERE ancestor != 0 OR depth != 1;"), false);
+    QSqlQuery links
+        = prepare(QStringLiteral("DELETE FROM bookmark_structure WHERE ancestor != 0 OR depth != 1;"), false);
     if (!execute(links))
         return;
 
@@ -288,11 +302,15 @@ void DBWorker::getBookmarkTree()
         QStringLiteral(
             "WITH folders (id, ancestor, title, children) AS (SELECT id, bookmark_structure.ancestor, title, "
             "(SELECT COUNT(descendant) FROM bookmark_structure struct INNER JOIN bookmark_node node ON "
-            "struct.descendant = node.id WHERE struct.ancestor = bookmark_node.id AND node.url NOT NULL) AS children "
+            "struct.descendant = node.id WHERE struct.ancestor = bookmark_node.id AND node.url NOT NULL) AS "
+            "children "
             "FROM bookmark_node INNER JOIN bookmark_structure ON bookmark_structure.descendant = id WHERE "
-            "bookmark_structure.depth = 1 AND url IS NULL), tree (id, title, depth, children) AS (SELECT id, title, "
-            "0 AS depth, children FROM folders WHERE ancestor = 0 UNION ALL SELECT folders1.id, folders1.title, "
-            "tree.depth + 1, folders1.children FROM folders folders1 INNER JOIN tree ON tree.id = folders1.ancestor "
+            "bookmark_structure.depth = 1 AND url IS NULL), tree (id, title, depth, children) AS (SELECT id, "
+            "title, "
+            "0 AS depth, children FROM folders WHERE ancestor = 0 UNION ALL SELECT folders1.id, "
+            "folders1.title, "
+            "tree.depth + 1, folders1.children FROM folders folders1 INNER JOIN tree ON tree.id = "
+            "folders1.ancestor "
             "ORDER BY 3 DESC) SELECT * FROM tree;"),
         false);
     if (!execute(query))
@@ -353,23 +371,26 @@ void DBWorker::isBookmarked(const QString& url)
 
 void DBWorker::getBookmarkData(const QString& url)
 {
-    QSqlQuery query = prepare(QStringLiteral("SELECT id, title, bookmark_structure.ancestor FROM bookmark_node "
-                                             "INNER JOIN bookmark_structure ON bookmark_structure.descendant = id "
-                                             "WHERE url = ? AND bookmark_structure.depth = 1;"),
-                              false);
+    QSqlQuery query
+        = prepare(QStringLiteral("SELECT id, title, bookmark_structure.ancestor FROM bookmark_node "
+                                 "INNER JOIN bookmark_structure ON bookmark_structure.descendant = id "
+                                 "WHERE url = ? AND bookmark_structure.depth = 1;"),
+            false);
     query.addBindValue(url);
     // No row: the url is no bookmark and the asker keeps its "none" state.
     if (!execute(query) || !query.next())
         return;
-    emit bookmarkDataAvailable(query.value(0).toInt(), url, query.value(1).toString(), query.value(2).toInt());
+    emit bookmarkDataAvailable(
+        query.value(0).toInt(), url, query.value(1).toString(), query.value(2).toInt());
 }
 
 int DBWorker::migratedBookmarksFolder(const QString& folderTitle)
 {
-    QSqlQuery query = prepare(QStringLiteral("SELECT id, title, url FROM bookmark_node INNER JOIN bookmark_structure "
-                                             "ON bookmark_structure.descendant = id WHERE bookmark_structure.ancestor "
-                                             "= ? AND url IS NULL AND title = ?;"),
-                              false);
+    QSqlQuery query
+        = prepare(QStringLiteral("SELECT id, title, url FROM bookmark_node INNER JOIN bookmark_structure "
+                                 "ON bookmark_structure.descendant = id WHERE bookmark_structure.ancestor "
+                                 "= ? AND url IS NULL AND title = ?;"),
+            false);
     query.addBindValue(1);
     query.addBindValue(folderTitle);
     if (!execute(query) || !query.next())

@@ -9,7 +9,8 @@
 // Per-site settings (permissions, zoom, device modes) and the small auxiliary
 // tables: search engines, downloads, password exceptions and favicons.
 
-namespace {
+namespace
+{
 
 const int permissionColumns = 7;
 
@@ -76,9 +77,10 @@ int DBWorker::getSiteId(const QString& site, bool isPrivate)
 void DBWorker::getPermissions()
 {
     QSqlQuery query = prepare(
-        QStringLiteral("SELECT sites.site, permissions.camera, permissions.microphone, permissions.geolocation, "
-                       "permissions.notification, permissions.screen_capture, permissions.popups, "
-                       "permissions.cookies FROM permissions JOIN sites ON permissions.site_id = sites.id;"),
+        QStringLiteral(
+            "SELECT sites.site, permissions.camera, permissions.microphone, permissions.geolocation, "
+            "permissions.notification, permissions.screen_capture, permissions.popups, "
+            "permissions.cookies FROM permissions JOIN sites ON permissions.site_id = sites.id;"),
         false);
     if (!execute(query))
         return;
@@ -111,11 +113,12 @@ void DBWorker::addPermissions(const QString& site, const QList<int>& policies)
     for (int i = 0; i < permissionColumns; ++i)
         values.append(policyValue(policies.value(i, -1)));
 
-    QSqlQuery query = prepare(update ? QStringLiteral("UPDATE permissions SET camera = ?, microphone = ?, "
-                                                      "geolocation = ?, notification = ?, screen_capture = ?, "
-                                                      "popups = ?, cookies = ? WHERE site_id = ?;")
-                                     : QStringLiteral("INSERT INTO permissions VALUES (?, ?, ?, ?, ?, ?, ?, ?);"),
-                              false);
+    QSqlQuery query
+        = prepare(update ? QStringLiteral("UPDATE permissions SET camera = ?, microphone = ?, "
+                                          "geolocation = ?, notification = ?, screen_capture = ?, "
+                                          "popups = ?, cookies = ? WHERE site_id = ?;")
+                         : QStringLiteral("INSERT INTO permissions VALUES (?, ?, ?, ?, ?, ?, ?, ?);"),
+            false);
     if (!update)
         query.addBindValue(siteId);
     for (const QVariant& value : qAsConst(values))
@@ -163,10 +166,11 @@ void DBWorker::revokePermissions(const QString& site)
     const int siteId = findSiteId(siteKey(site), false);
     if (siteId < 0)
         return;
-    QSqlQuery query = prepare(QStringLiteral("UPDATE permissions SET camera = NULL, microphone = NULL, geolocation = "
-                                             "NULL, notification = NULL, screen_capture = NULL, popups = NULL, "
-                                             "cookies = NULL, screen_capture = NULL WHERE site_id = ?;"),
-                              false);
+    QSqlQuery query
+        = prepare(QStringLiteral("UPDATE permissions SET camera = NULL, microphone = NULL, geolocation = "
+                                 "NULL, notification = NULL, screen_capture = NULL, popups = NULL, "
+                                 "cookies = NULL, screen_capture = NULL WHERE site_id = ?;"),
+            false);
     query.addBindValue(siteId);
     execute(query);
 }
@@ -191,9 +195,10 @@ void DBWorker::removeAllPermissions()
 
 void DBWorker::getSiteDprs(bool isPrivate)
 {
-    QSqlQuery query = prepare(QStringLiteral("SELECT site_dprs.id, sites.site, site_dprs.dpr FROM site_dprs JOIN "
-                                             "sites ON site_dprs.site_id = sites.id;"),
-                              isPrivate);
+    QSqlQuery query
+        = prepare(QStringLiteral("SELECT site_dprs.id, sites.site, site_dprs.dpr FROM site_dprs JOIN "
+                                 "sites ON site_dprs.site_id = sites.id;"),
+            isPrivate);
     if (!execute(query))
         return;
 
@@ -213,7 +218,8 @@ void DBWorker::addDpr(const QString& site, double dpr, bool isPrivate)
     const QString key = siteKey(site);
     const int siteId = getSiteId(key, isPrivate);
 
-    QSqlQuery query = prepare(QStringLiteral("INSERT INTO site_dprs (site_id, dpr) VALUES (?, ?);"), isPrivate);
+    QSqlQuery query
+        = prepare(QStringLiteral("INSERT INTO site_dprs (site_id, dpr) VALUES (?, ?);"), isPrivate);
     query.addBindValue(siteId);
     query.addBindValue(dpr);
     if (!execute(query))
@@ -239,7 +245,8 @@ void DBWorker::updateDpr(const QString& site, double dpr, bool isPrivate)
 void DBWorker::removeDpr(const QString& site, bool isPrivate)
 {
     QSqlQuery query = prepare(
-        QStringLiteral("DELETE FROM site_dprs WHERE site_id = (SELECT id FROM sites WHERE site = ?);"), isPrivate);
+        QStringLiteral("DELETE FROM site_dprs WHERE site_id = (SELECT id FROM sites WHERE site = ?);"),
+        isPrivate);
     query.addBindValue(siteKey(site));
     execute(query);
 }
@@ -267,7 +274,8 @@ void DBWorker::removeAllDprs()
 
 void DBWorker::setDeviceMode(const QString& domain, int mode, bool isPrivate)
 {
-    QSqlQuery query = prepare(QStringLiteral("INSERT OR REPLACE INTO device_modes VALUES (?, ?);"), isPrivate);
+    QSqlQuery query
+        = prepare(QStringLiteral("INSERT OR REPLACE INTO device_modes VALUES (?, ?);"), isPrivate);
     query.addBindValue(domain);
     query.addBindValue(mode);
     execute(query);
@@ -275,7 +283,8 @@ void DBWorker::setDeviceMode(const QString& domain, int mode, bool isPrivate)
 
 void DBWorker::getDeviceMode(const QString& domain, bool isPrivate)
 {
-    QSqlQuery query = prepare(QStringLiteral("SELECT device_mode FROM device_modes WHERE domain = ?;"), isPrivate);
+    QSqlQuery query
+        = prepare(QStringLiteral("SELECT device_mode FROM device_modes WHERE domain = ?;"), isPrivate);
     query.addBindValue(domain);
     if (!execute(query))
         return;
@@ -322,7 +331,8 @@ void DBWorker::addSearchEngine(const QString& name, const QString& url)
 
 void DBWorker::updateSearchEngine(int id, const QString& name, const QString& url)
 {
-    QSqlQuery query = prepare(QStringLiteral("UPDATE search_engines SET name = ?, url = ? WHERE id = ?;"), false);
+    QSqlQuery query
+        = prepare(QStringLiteral("UPDATE search_engines SET name = ?, url = ? WHERE id = ?;"), false);
     query.addBindValue(name);
     query.addBindValue(url);
     query.addBindValue(id);
@@ -340,7 +350,8 @@ void DBWorker::removeSearchEngine(int id)
 
 void DBWorker::getDownloads()
 {
-    QSqlQuery query = prepare(QStringLiteral("SELECT id, path, url, last_modified, status FROM downloads;"), false);
+    QSqlQuery query
+        = prepare(QStringLiteral("SELECT id, path, url, last_modified, status FROM downloads;"), false);
     if (!execute(query))
         return;
 
@@ -403,8 +414,8 @@ void DBWorker::setStatusDownload(const QString& path, int status)
 
 void DBWorker::setDownloadSuccessful(const QString& path)
 {
-    QSqlQuery query = prepare(QStringLiteral("UPDATE downloads SET status = 2, last_modified = ? WHERE path = ?;"),
-                              false);
+    QSqlQuery query = prepare(
+        QStringLiteral("UPDATE downloads SET status = 2, last_modified = ? WHERE path = ?;"), false);
     query.addBindValue(now());
     query.addBindValue(path);
     execute(query);
@@ -444,9 +455,10 @@ void DBWorker::getPasswordExceptions()
 
 void DBWorker::addException(const QString& url)
 {
-    QSqlQuery query = prepare(QStringLiteral("INSERT INTO password_exceptions VALUES (?, -1) ON CONFLICT(url) DO "
-                                             "UPDATE SET url = excluded.url, suggestions_count = -1;"),
-                              false);
+    QSqlQuery query
+        = prepare(QStringLiteral("INSERT INTO password_exceptions VALUES (?, -1) ON CONFLICT(url) DO "
+                                 "UPDATE SET url = excluded.url, suggestions_count = -1;"),
+            false);
     query.addBindValue(url);
     execute(query);
 }
@@ -462,10 +474,11 @@ void DBWorker::setSuggestionsCount(const QString& url, int count)
 {
     // The statement has always carried a stray "*" that SQLite rejects; counts
     // are therefore never stored and the failure shows in the log.
-    QSqlQuery query = prepare(QStringLiteral("INSERT INTO password_exceptions * VALUES (?, ?) ON CONFLICT(url) DO "
-                                             "UPDATE SET url = excluded.url, suggestions_count = "
-                                             "excluded.suggestions_count;"),
-                              false);
+    QSqlQuery query
+        = prepare(QStringLiteral("INSERT INTO password_exceptions * VALUES (?, ?) ON CONFLICT(url) DO "
+                                 "UPDATE SET url = excluded.url, suggestions_count = "
+                                 "excluded.suggestions_count;"),
+            false);
     query.addBindValue(url);
     query.addBindValue(count);
     execute(query);
@@ -487,11 +500,12 @@ void DBWorker::getFavicons()
 
 void DBWorker::setFavicon(const QString& baseUrl, const QString& favicon, bool replace)
 {
-    QSqlQuery query = prepare(replace ? QStringLiteral("INSERT OR REPLACE INTO favicons (base_url, favicon, date) "
-                                                       "VALUES (?, ?, ?);")
-                                      : QStringLiteral("INSERT OR IGNORE INTO favicons (base_url, favicon, date) "
-                                                       "VALUES (?, ?, ?);"),
-                              false);
+    QSqlQuery query
+        = prepare(replace ? QStringLiteral("INSERT OR REPLACE INTO favicons (base_url, favicon, date) "
+                                           "VALUES (?, ?, ?);")
+                          : QStringLiteral("INSERT OR IGNORE INTO favicons (base_url, favicon, date) "
+                                           "VALUES (?, ?, ?);"),
+            false);
     query.addBindValue(baseUrl);
     query.addBindValue(favicon);
     query.addBindValue(now());

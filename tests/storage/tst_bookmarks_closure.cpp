@@ -3,8 +3,8 @@
 // (ancestor, descendant) pair with the right distance, and the folder tree read
 // must draw the same tree depth-first.
 
-#include "support/bookmarkprobe.h"
 #include "storage/dbworker.h"
+#include "support/bookmarkprobe.h"
 #include "support/tempprofile.h"
 
 #include <QRandomGenerator>
@@ -13,7 +13,8 @@
 #include <algorithm>
 #include <memory>
 
-namespace {
+namespace
+{
 
 struct ModelNode {
     int parent = -1;
@@ -52,7 +53,7 @@ public:
     // The node and everything below it.
     QSet<int> subtree(int id) const
     {
-        QSet<int> result{id};
+        QSet<int> result { id };
         for (auto it = nodes.constBegin(); it != nodes.constEnd(); ++it) {
             if (isBelow(it.key(), id))
                 result.insert(it.key());
@@ -66,7 +67,7 @@ public:
         for (auto it = nodes.constBegin(); it != nodes.constEnd(); ++it) {
             int depth = 1;
             for (int up = it.value().parent; up >= 0; up = nodes.value(up).parent, ++depth)
-                links.append({up, it.key(), depth});
+                links.append({ up, it.key(), depth });
         }
         std::sort(links.begin(), links.end());
         return links;
@@ -114,7 +115,7 @@ public:
 TreeModel modelFromDatabase()
 {
     TreeModel model;
-    model.nodes.insert(0, {-1, true, QString(), QString()});
+    model.nodes.insert(0, { -1, true, QString(), QString() });
     const QList<BookmarkProbe::Link> links = BookmarkProbe::links();
     for (const BookmarkProbe::Node& node : BookmarkProbe::nodes()) {
         if (node.id == 0)
@@ -124,7 +125,8 @@ TreeModel modelFromDatabase()
             if (link.descendant == node.id && link.depth == 1)
                 parent = link.ancestor;
         }
-        model.nodes.insert(node.id, {parent, node.url.isNull(), node.title.toString(), node.url.toString()});
+        model.nodes.insert(
+            node.id, { parent, node.url.isNull(), node.title.toString(), node.url.toString() });
     }
     return model;
 }
@@ -163,7 +165,7 @@ private:
     std::unique_ptr<QSignalSpy> m_treeSpy;
     std::unique_ptr<QSignalSpy> m_listSpy;
     TreeModel m_model;
-    QRandomGenerator m_random{20240611u};
+    QRandomGenerator m_random { 20240611u };
     int m_titleCounter = 0;
 };
 
@@ -173,7 +175,6 @@ void TestBookmarkClosure::init()
     QVERIFY(m_profile->isValid());
     m_worker = std::make_unique<DBWorker>();
     m_worker->init();
-    BookmarkProbe::ensureRoots();
     m_treeSpy = std::make_unique<QSignalSpy>(m_worker.get(), &DBWorker::bookmarksTreeAvailable);
     m_listSpy = std::make_unique<QSignalSpy>(m_worker.get(), &DBWorker::bookmarksAvailable);
     m_model = modelFromDatabase();
@@ -197,19 +198,27 @@ QString TestBookmarkClosure::treeMismatch(const QList<BookmarkTreeNode>& rows) c
     QSet<int> seen;
     for (const BookmarkTreeNode& row : rows) {
         if (row.depth < 0 || row.depth > open.size())
-            return QStringLiteral("row %1 jumps to depth %2 after depth %3").arg(row.id).arg(row.depth).arg(open.size() - 1);
+            return QStringLiteral("row %1 jumps to depth %2 after depth %3")
+                .arg(row.id)
+                .arg(row.depth)
+                .arg(open.size() - 1);
         open = open.mid(0, row.depth);
         const int drawnParent = open.isEmpty() ? 0 : open.last();
         if (!m_model.nodes.contains(row.id) || !m_model.nodes.value(row.id).folder)
             return QStringLiteral("row %1 is no folder of the tree").arg(row.id);
         const ModelNode& node = m_model.nodes.value(row.id);
         if (node.parent != drawnParent)
-            return QStringLiteral("folder %1 drawn below %2, belongs below %3").arg(row.id).arg(drawnParent).arg(node.parent);
+            return QStringLiteral("folder %1 drawn below %2, belongs below %3")
+                .arg(row.id)
+                .arg(drawnParent)
+                .arg(node.parent);
         if (row.title != node.title)
             return QStringLiteral("folder %1 titled %2, expected %3").arg(row.id).arg(row.title, node.title);
         if (row.children != m_model.bookmarksBelow(row.id))
             return QStringLiteral("folder %1 counts %2 bookmarks, expected %3")
-                .arg(row.id).arg(row.children).arg(m_model.bookmarksBelow(row.id));
+                .arg(row.id)
+                .arg(row.children)
+                .arg(m_model.bookmarksBelow(row.id));
         if (seen.contains(row.id))
             return QStringLiteral("folder %1 drawn twice").arg(row.id);
         seen.insert(row.id);
@@ -232,12 +241,17 @@ QString TestBookmarkClosure::folderListMismatch(const QList<Bookmark>& list, int
             return QStringLiteral("folder %1 listed after a bookmark").arg(bookmark.id);
         bookmarkSeen = bookmarkSeen || !node.folder;
         if (bookmark.title != node.title || bookmark.url != node.url)
-            return QStringLiteral("node %1 listed as %2 %3").arg(bookmark.id).arg(bookmark.title, bookmark.url);
+            return QStringLiteral("node %1 listed as %2 %3")
+                .arg(bookmark.id)
+                .arg(bookmark.title, bookmark.url);
         got.insert(bookmark.id);
     }
     const QList<int> expected = m_model.children(folderId);
     if (got != QSet<int>(expected.cbegin(), expected.cend()) || list.size() != expected.size())
-        return QStringLiteral("list of folder %1 has %2 nodes, expected %3").arg(folderId).arg(list.size()).arg(expected.size());
+        return QStringLiteral("list of folder %1 has %2 nodes, expected %3")
+            .arg(folderId)
+            .arg(list.size())
+            .arg(expected.size());
     return QString();
 }
 
@@ -251,9 +265,8 @@ QString TestBookmarkClosure::mismatch()
     for (int id : m_model.nodes.keys()) {
         if (id == 0)
             continue;
-        const int parents = int(std::count_if(links.cbegin(), links.cend(), [id](const BookmarkProbe::Link& link) {
-            return link.descendant == id && link.depth == 1;
-        }));
+        const int parents = int(std::count_if(links.cbegin(), links.cend(),
+            [id](const BookmarkProbe::Link& link) { return link.descendant == id && link.depth == 1; }));
         if (parents != 1)
             return QStringLiteral("node %1 has %2 parent rows").arg(id).arg(parents);
     }
@@ -270,7 +283,9 @@ QString TestBookmarkClosure::mismatch()
             return QStringLiteral("node %1 should be gone").arg(row.id);
         const ModelNode node = m_model.nodes.value(row.id);
         if (row.id != 0 && (row.url.isNull() != node.folder || row.title.toString() != node.title))
-            return QStringLiteral("node %1 stored as %2 / %3").arg(row.id).arg(row.title.toString(), row.url.toString());
+            return QStringLiteral("node %1 stored as %2 / %3")
+                .arg(row.id)
+                .arg(row.title.toString(), row.url.toString());
     }
 
     m_treeSpy->clear();
@@ -318,23 +333,30 @@ bool TestBookmarkClosure::step(QString* what)
         // The UI hands over "" for a folder; a null string must not be the only case that works.
         const QString url = folder ? (pick(2) ? QString() : QStringLiteral(""))
                                    : QStringLiteral("https://site%1.example/page").arg(m_titleCounter);
-        *what = QStringLiteral("add %1 under %2").arg(folder ? QStringLiteral("folder") : QStringLiteral("bookmark")).arg(parent);
+        *what = QStringLiteral("add %1 under %2")
+                    .arg(folder ? QStringLiteral("folder") : QStringLiteral("bookmark"))
+                    .arg(parent);
         const QSet<int> before = QSet<int>(m_model.nodes.keyBegin(), m_model.nodes.keyEnd());
         m_worker->addBookmarkNode(parent, url, title);
         if (m_listSpy->isEmpty())
-            return QTest::qVerify(false, "listed", qPrintable(*what + QStringLiteral(": no list re-read")), __FILE__, __LINE__);
+            return QTest::qVerify(
+                false, "listed", qPrintable(*what + QStringLiteral(": no list re-read")), __FILE__, __LINE__);
         int newId = -1;
         for (const Bookmark& b : m_listSpy->last().at(0).value<QList<Bookmark>>()) {
             if (!before.contains(b.id))
                 newId = b.id;
         }
         if (newId < 0)
-            return QTest::qVerify(false, "newId", qPrintable(*what + QStringLiteral(": new node not listed")), __FILE__, __LINE__);
-        m_model.nodes.insert(newId, {parent, folder, title, url});
+            return QTest::qVerify(false, "newId", qPrintable(*what + QStringLiteral(": new node not listed")),
+                __FILE__, __LINE__);
+        m_model.nodes.insert(newId, { parent, folder, title, url });
         if (folder != (m_treeSpy->count() == 1))
-            return QTest::qVerify(false, "tree", qPrintable(*what + QStringLiteral(": tree re-read only for folders")), __FILE__, __LINE__);
-        const QString listError = folderListMismatch(m_listSpy->last().at(0).value<QList<Bookmark>>(), parent);
-        return QTest::qVerify(listError.isEmpty(), "list", qPrintable(*what + QLatin1String(": ") + listError), __FILE__, __LINE__);
+            return QTest::qVerify(false, "tree",
+                qPrintable(*what + QStringLiteral(": tree re-read only for folders")), __FILE__, __LINE__);
+        const QString listError
+            = folderListMismatch(m_listSpy->last().at(0).value<QList<Bookmark>>(), parent);
+        return QTest::qVerify(listError.isEmpty(), "list",
+            qPrintable(*what + QLatin1String(": ") + listError), __FILE__, __LINE__);
     }
 
     if (roll < 73) {
@@ -342,7 +364,7 @@ bool TestBookmarkClosure::step(QString* what)
         const bool many = roll >= 63;
         QList<int> ids = many ? pickSiblings() : QList<int>();
         if (!many && !m_model.movable().isEmpty())
-            ids = {pickFrom(m_model.movable())};
+            ids = { pickFrom(m_model.movable()) };
         if (ids.isEmpty())
             return true;
         QSet<int> blocked;
@@ -359,7 +381,10 @@ bool TestBookmarkClosure::step(QString* what)
         const int target = pickFrom(targets);
         const int oldParent = m_model.nodes.value(ids.first()).parent;
         *what = QStringLiteral("move %1 node(s) from %2 to %3, first %4")
-                    .arg(ids.size()).arg(oldParent).arg(target).arg(ids.first());
+                    .arg(ids.size())
+                    .arg(oldParent)
+                    .arg(target)
+                    .arg(ids.first());
         if (many)
             m_worker->moveBookmarkNodes(ids, target, hasFolder);
         else
@@ -367,9 +392,12 @@ bool TestBookmarkClosure::step(QString* what)
         for (int id : ids)
             m_model.nodes[id].parent = target;
         if (hasFolder != (m_treeSpy->count() == 1) || m_listSpy->count() != 1)
-            return QTest::qVerify(false, "signals", qPrintable(*what + QStringLiteral(": wrong re-reads")), __FILE__, __LINE__);
-        const QString listError = folderListMismatch(m_listSpy->last().at(0).value<QList<Bookmark>>(), oldParent);
-        return QTest::qVerify(listError.isEmpty(), "list", qPrintable(*what + QLatin1String(": ") + listError), __FILE__, __LINE__);
+            return QTest::qVerify(
+                false, "signals", qPrintable(*what + QStringLiteral(": wrong re-reads")), __FILE__, __LINE__);
+        const QString listError
+            = folderListMismatch(m_listSpy->last().at(0).value<QList<Bookmark>>(), oldParent);
+        return QTest::qVerify(listError.isEmpty(), "list",
+            qPrintable(*what + QLatin1String(": ") + listError), __FILE__, __LINE__);
     }
 
     if (roll < 78) {
@@ -394,9 +422,9 @@ bool TestBookmarkClosure::step(QString* what)
         if (roll % 2)
             m_worker->moveBookmarkNode(id, target, true);
         else
-            m_worker->moveBookmarkNodes({id}, target, true);
+            m_worker->moveBookmarkNodes({ id }, target, true);
         return QTest::qVerify(m_treeSpy->isEmpty() && m_listSpy->isEmpty(), "quiet",
-                              qPrintable(*what + QStringLiteral(": re-read after a refusal")), __FILE__, __LINE__);
+            qPrintable(*what + QStringLiteral(": re-read after a refusal")), __FILE__, __LINE__);
     }
 
     if (roll < 86) {
@@ -408,14 +436,16 @@ bool TestBookmarkClosure::step(QString* what)
         const int id = permanent ? 1 + pick(2) : pickSmallSubtree(movable);
         const bool folder = m_model.nodes.value(id).folder;
         const bool clearOnly = permanent || (folder && pick(2) == 0);
-        *what = QStringLiteral("remove %1 %2").arg(id).arg(clearOnly ? QStringLiteral("(clear only)") : QString());
+        *what = QStringLiteral("remove %1 %2")
+                    .arg(id)
+                    .arg(clearOnly ? QStringLiteral("(clear only)") : QString());
         m_worker->removeBookmarkNode(id, folder, clearOnly);
         for (int child : m_model.children(id))
             m_model.removeSubtree(child);
         if (!clearOnly)
             m_model.nodes.remove(id);
         return QTest::qVerify(folder == (m_treeSpy->count() == 1), "tree",
-                              qPrintable(*what + QStringLiteral(": tree re-read only for folders")), __FILE__, __LINE__);
+            qPrintable(*what + QStringLiteral(": tree re-read only for folders")), __FILE__, __LINE__);
     }
 
     if (roll < 94) {
@@ -425,7 +455,7 @@ bool TestBookmarkClosure::step(QString* what)
             QList<int> pool = m_model.movable();
             const int first = pickSmallSubtree(pool);
             pool.removeOne(first);
-            ids = {first, pickSmallSubtree(pool)};
+            ids = { first, pickSmallSubtree(pool) };
         }
         if (ids.isEmpty())
             return true;
@@ -438,9 +468,12 @@ bool TestBookmarkClosure::step(QString* what)
         for (int id : ids)
             m_model.removeSubtree(id);
         if (hasFolder != (m_treeSpy->count() == 1) || m_listSpy->count() != 1)
-            return QTest::qVerify(false, "signals", qPrintable(*what + QStringLiteral(": wrong re-reads")), __FILE__, __LINE__);
-        const QString listError = folderListMismatch(m_listSpy->last().at(0).value<QList<Bookmark>>(), oldParent);
-        return QTest::qVerify(listError.isEmpty(), "list", qPrintable(*what + QLatin1String(": ") + listError), __FILE__, __LINE__);
+            return QTest::qVerify(
+                false, "signals", qPrintable(*what + QStringLiteral(": wrong re-reads")), __FILE__, __LINE__);
+        const QString listError
+            = folderListMismatch(m_listSpy->last().at(0).value<QList<Bookmark>>(), oldParent);
+        return QTest::qVerify(listError.isEmpty(), "list",
+            qPrintable(*what + QLatin1String(": ") + listError), __FILE__, __LINE__);
     }
 
     if (roll < 99 || pick(4) != 0) {
@@ -474,7 +507,8 @@ void TestBookmarkClosure::randomEditsKeepClosure()
         if (!step(&what))
             return;
         problem = mismatch();
-        QVERIFY2(problem.isEmpty(), qPrintable(QStringLiteral("step %1, %2: %3").arg(number).arg(what, problem)));
+        QVERIFY2(
+            problem.isEmpty(), qPrintable(QStringLiteral("step %1, %2: %3").arg(number).arg(what, problem)));
         largest = qMax(largest, int(m_model.nodes.size()));
         for (const BookmarkProbe::Link& link : BookmarkProbe::links())
             deepest = qMax(deepest, link.depth);

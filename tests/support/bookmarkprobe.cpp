@@ -7,23 +7,25 @@
 #include <QtTest>
 #include <algorithm>
 
-namespace BookmarkProbe {
-
-namespace {
-bool run(QSqlQuery& query, const QString& sql, const QVariantList& values)
+namespace BookmarkProbe
 {
-    if (!query.prepare(sql)) {
-        qWarning() << "probe failed to prepare" << sql << query.lastError();
-        return false;
+
+namespace
+{
+    bool run(QSqlQuery& query, const QString& sql, const QVariantList& values)
+    {
+        if (!query.prepare(sql)) {
+            qWarning() << "probe failed to prepare" << sql << query.lastError();
+            return false;
+        }
+        for (const QVariant& value : values)
+            query.addBindValue(value);
+        if (!query.exec()) {
+            qWarning() << "probe failed to run" << sql << query.lastError();
+            return false;
+        }
+        return true;
     }
-    for (const QVariant& value : values)
-        query.addBindValue(value);
-    if (!query.exec()) {
-        qWarning() << "probe failed to run" << sql << query.lastError();
-        return false;
-    }
-    return true;
-}
 } // namespace
 
 QList<Link> links()
@@ -33,7 +35,7 @@ QList<Link> links()
     if (!run(query, QStringLiteral("SELECT ancestor, descendant, depth FROM bookmark_structure"), {}))
         return rows;
     while (query.next())
-        rows.append({query.value(0).toInt(), query.value(1).toInt(), query.value(2).toInt()});
+        rows.append({ query.value(0).toInt(), query.value(1).toInt(), query.value(2).toInt() });
     std::sort(rows.begin(), rows.end());
     return rows;
 }
@@ -45,7 +47,7 @@ QList<Node> nodes()
     if (!run(query, QStringLiteral("SELECT id, title, url FROM bookmark_node ORDER BY id"), {}))
         return rows;
     while (query.next())
-        rows.append({query.value(0).toInt(), query.value(1), query.value(2)});
+        rows.append({ query.value(0).toInt(), query.value(1), query.value(2) });
     return rows;
 }
 
@@ -61,15 +63,6 @@ int scalar(const QString& sql, const QVariantList& values)
     if (!run(query, sql, values) || !query.next() || query.value(0).isNull())
         return -1;
     return query.value(0).toInt();
-}
-
-void ensureRoots()
-{
-    if (scalar(QStringLiteral("SELECT COUNT(*) FROM bookmark_node")) != 0)
-        return;
-    exec(QStringLiteral("INSERT INTO bookmark_node (id, title, url) VALUES (0, NULL, NULL), (1, 'Bookmarks', NULL), "
-                        "(2, 'Quick access', NULL)"));
-    exec(QStringLiteral("INSERT INTO bookmark_structure VALUES (0, 1, 1), (0, 2, 1)"));
 }
 
 QString toString(const QList<Link>& links)

@@ -7,7 +7,8 @@
 
 // Direct reads of the bookmark tables on the main connection, for tests that
 // check what the worker left behind instead of what it reports.
-namespace BookmarkProbe {
+namespace BookmarkProbe
+{
 
 struct Link {
     int ancestor = 0;
@@ -15,11 +16,13 @@ struct Link {
     int depth = 0;
     bool operator==(const Link& other) const
     {
-        return std::tie(ancestor, descendant, depth) == std::tie(other.ancestor, other.descendant, other.depth);
+        return std::tie(ancestor, descendant, depth)
+            == std::tie(other.ancestor, other.descendant, other.depth);
     }
     bool operator<(const Link& other) const
     {
-        return std::tie(ancestor, descendant, depth) < std::tie(other.ancestor, other.descendant, other.depth);
+        return std::tie(ancestor, descendant, depth)
+            < std::tie(other.ancestor, other.descendant, other.depth);
     }
 };
 
@@ -37,8 +40,6 @@ QList<Node> nodes();
 bool exec(const QString& sql, const QVariantList& values = {});
 // A single integer answer of a statement, -1 when there is none.
 int scalar(const QString& sql, const QVariantList& values = {});
-// Puts the three permanent nodes in place when a profile has no bookmark rows at all.
-void ensureRoots();
 
 QString toString(const QList<Link>& links);
 
