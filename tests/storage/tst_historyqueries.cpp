@@ -21,8 +21,6 @@ private slots:
     void getHistory();
     void clearHistory_data();
     void clearHistory();
-    void removeHistoryEntries_data();
-    void removeHistoryEntries();
     void updateHistoryTitleChangesEveryDay();
     void mostVisited_data();
     void mostVisited();
@@ -243,36 +241,6 @@ void TestHistoryQueries::clearHistory()
         HistoryProfile::column(QStringLiteral("SELECT id FROM browser_history ORDER BY id")))
         ids.append(id.toInt());
     QCOMPARE(ids, remaining);
-}
-
-void TestHistoryQueries::removeHistoryEntries_data()
-{
-    QTest::addColumn<QList<int>>("ids");
-    QTest::addColumn<bool>("asSet");
-    QTest::addColumn<QList<int>>("remaining");
-
-    QTest::newRow("one entry") << QList<int> { 2 } << false << QList<int> { 1, 3, 4, 5 };
-    QTest::newRow("unknown entry") << QList<int> { 42 } << false << QList<int> { 1, 2, 3, 4, 5 };
-    QTest::newRow("several entries") << QList<int> { 1, 3, 5 } << true << QList<int> { 2, 4 };
-    QTest::newRow("empty set") << QList<int> {} << true << QList<int> { 1, 2, 3, 4, 5 };
-}
-
-void TestHistoryQueries::removeHistoryEntries()
-{
-    QFETCH(QList<int>, ids);
-    QFETCH(bool, asSet);
-    QFETCH(QList<int>, remaining);
-
-    seedDay();
-    if (asSet)
-        m_profile->worker().removeHistoryEntries(QSet<int>(ids.cbegin(), ids.cend()));
-    else
-        m_profile->worker().removeHistoryEntry(ids.first());
-    QList<int> left;
-    for (const QVariant& id :
-        HistoryProfile::column(QStringLiteral("SELECT id FROM browser_history ORDER BY id")))
-        left.append(id.toInt());
-    QCOMPARE(left, remaining);
 }
 
 void TestHistoryQueries::updateHistoryTitleChangesEveryDay()

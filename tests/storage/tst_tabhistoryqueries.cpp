@@ -1,4 +1,5 @@
 #include "support/historyprofile.h"
+#include "support/logcapture.h"
 
 #include <QRegularExpression>
 #include <QSignalSpy>
@@ -31,9 +32,10 @@ private slots:
     void removeTabHistoryEntries();
     void updateTabHistoryTitle_data();
     void updateTabHistoryTitle();
-    void updateTabHistoryEntryRewritesLink();
     void quotedText_data();
     void quotedText();
+    void failuresWarnAndSignalNothing_data();
+    void failuresWarnAndSignalNothing();
 
 private:
     DBWorker& worker() { return m_profile->worker(); }
@@ -464,22 +466,6 @@ void TestTabHistoryQueries::updateTabHistoryTitle()
         changed ? 1 : 0);
 }
 
-void TestTabHistoryQueries::updateTabHistoryEntryRewritesLink()
-{
-    worker().addToTabHistory(1, pageA, QStringLiteral("A"), false);
-    worker().addToTabHistory(1, pageB, QStringLiteral("B"), false);
-    const int entryId
-        = HistoryProfile::scalar(QStringLiteral("SELECT tab_history_id FROM tab WHERE tab_id = 1")).toInt();
-
-    QSignalSpy spy(&worker(), &DBWorker::tabHistoryEntryChanged);
-    worker().updateTabHistoryEntry(entryId, pageC, QStringLiteral("C"), false);
-    QCOMPARE(spy.count(), 1);
-    QCOMPARE(spy.at(0), (QVariantList { entryId, pageC, QStringLiteral("C") }));
-    QCOMPARE(HistoryProfile::rows(QStringLiteral("SELECT url, title FROM link ORDER BY link_id")),
-        (QStringList { pageA + QStringLiteral("|A"), pageC + QStringLiteral("|C") }));
-    QCOMPARE(currentUrl(1), pageC);
-}
-
 void TestTabHistoryQueries::quotedText_data()
 {
     QTest::addColumn<QString>("url");
@@ -524,6 +510,65 @@ void TestTabHistoryQueries::quotedText()
     QCOMPARE(entrySpy.count(), 1);
     QCOMPARE(HistoryProfile::rows(QStringLiteral("SELECT url, title FROM link ORDER BY link_id")),
         (QStringList { pageA + QStringLiteral("|A"), url + QStringLiteral("'|") + title }));
+}
+
+void TestTabHistoryQueries::failuresWarnAndSignalNothing_data()
+{
+    QTest::addColumn<QString>("operation");
+    QTest::addColumn<QString>("table"); // dropped before the operation
+    QTest::addColumn<bool>("isPrivate");
+    QTest::addColumn<QString>("warning");
+
+    QTest::newRow("visit without link table")
+        << QStringLiteral("addToTabHistory") << QStringLiteral("link") << true
+        << QStringLiteral(
+               "void DBWorker::addToTabHistory(int, const QString&, const QString&, bool) failed to add "
+               "url to tab history");
+    QTest::newRow("entry rewrite without link table")
+        << QStringLiteral("updateTabHistoryEntry") << QStringLiteral("link") << true
+        << QStringLiteral(
+               "void DBWorker::updateTabHistoryEntry(int, const QString&, const QString&, bool) Failed to "
+               "update tab history entry");
+    QTest::newRow("history title without history table")
+        << QStringLiteral("updateHistoryTitle") << QStringLiteral("browser_history") << false
+        << QStringLiteral(
+               "void DBWorker::updateHistoryTitle(const QString&, const QString&) Failed to add title to "
+               "browser history");
+}
+
+void TestTabHistoryQueries::failuresWarnAndSignalNothing()
+{
+    QFETCH(QString, operation);
+    QFETCH(QString, table);
+    QFETCH(bool, isPrivate);
+    QFETCH(QString, warning);
+
+    worker().addToTabHistory(1, pageA, QString(), isPrivate);
+    const int entryId = HistoryProfile::scalar(
+        QStringLiteral("SELECT tab_history_id FROM tab WHERE tab_id = 1"), {}, isPrivate)
+                            .toInt();
+    QVERIFY(HistoryProfile::exec(QStringLiteral("DROP TABLE %1").arg(table), {}, isPrivate));
+
+    QSignalSpy added(&worker(), &DBWorker::linkAddedToTabHistory);
+    QSignalSpy entryChanged(&worker(), &DBWorker::tabHistoryEntryChanged);
+    QSignalSpy titleChanged(&worker(), &DBWorker::historyTitleChanged);
+    LogCapture log("browser.app.storage");
+    if (operation == QLatin1String("addToTabHistory"))
+        worker().addToTabHistory(1, pageB, QString(), isPrivate);
+    else if (operation == QLatin1String("updateTabHistoryEntry"))
+        worker().updateTabHistoryEntry(entryId, pageB, QStringLiteral("B"), isPrivate);
+    else
+        worker().updateHistoryTitle(pageA, QStringLiteral("A"));
+
+    QVERIFY2(!log.startingWith(warning).isEmpty(), qPrintable(log.messages().join(QLatin1Char('\n'))));
+    QCOMPARE(added.count() + entryChanged.count() + titleChanged.count(), 0);
+    // The tab still shows the entry it showed, and no entry was added.
+    QCOMPARE(HistoryProfile::scalar(
+                 QStringLiteral("SELECT tab_history_id FROM tab WHERE tab_id = 1"), {}, isPrivate)
+                 .toInt(),
+        entryId);
+    QCOMPARE(
+        HistoryProfile::scalar(QStringLiteral("SELECT COUNT(*) FROM tab_history"), {}, isPrivate).toInt(), 1);
 }
 
 QTEST_GUILESS_MAIN(TestTabHistoryQueries)
