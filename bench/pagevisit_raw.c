@@ -212,7 +212,7 @@ int main(int argc, char** argv)
     char url[128], title[64];
     const double begin = monotonicUs();
     for (int i = 0; i < visits; ++i) {
-        /* Ten tabs; every fifth visit goes back to a page seen before. */
+        /* Fifty sites, ten tabs; every fifth visit goes back to a page seen before. */
         snprintf(url, sizeof url, "https://site%d.example.com/page/%d", i % 50, i % 5 == 4 ? i - 4 : i);
         snprintf(title, sizeof title, "Page %d", i);
         const double start = monotonicUs();

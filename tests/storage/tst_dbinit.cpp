@@ -19,6 +19,7 @@ private slots:
     void secondStartChangesNothing();
     void missingTableIsRecreated_data();
     void missingTableIsRecreated();
+    void unopenableLocationIsLogged();
     void unusableFileIsMovedAside_data();
     void unusableFileIsMovedAside();
 };
@@ -160,6 +161,27 @@ void TestDbInit::missingTableIsRecreated()
     QCOMPARE(db.columns(table), before);
     QCOMPARE(db.value(QStringLiteral("SELECT COUNT(*) FROM %1;").arg(table)).toInt(),
         table == QLatin1String("search_engines") ? 3 : 0);
+}
+
+void TestDbInit::unopenableLocationIsLogged()
+{
+    TempProfile profile;
+    // A plain file where the data directory should be: it can be neither
+    // created nor used, and the start gives up after saying so.
+    const QString parent = QFileInfo(profile.dataLocation()).absolutePath();
+    QVERIFY(QDir().mkpath(QFileInfo(parent).absolutePath()));
+    QFile file(parent);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.close();
+
+    LogCapture log("browser.app.storage");
+    DBWorker worker;
+    worker.init();
+    QCOMPARE(log.startingWith(QStringLiteral("Can't create directory")).size(), 1);
+    QCOMPARE(log.startingWith(QStringLiteral("Failed to open database")).size(), 1);
+    QVERIFY(log.startingWith(QStringLiteral("Failed to open private database")).isEmpty());
+    QVERIFY(log.messages(QtInfoMsg).isEmpty());
+    QVERIFY(!QFile::exists(profile.databasePath()));
 }
 
 void TestDbInit::unusableFileIsMovedAside_data()

@@ -21,6 +21,7 @@ private slots:
     void trims_data();
     void trims();
     void unusedSitesAreDropped();
+    void privateDatabaseGetsScreenSettingsOnly_data();
     void privateDatabaseGetsScreenSettingsOnly();
 
 private:
@@ -139,8 +140,24 @@ void TestDbInitTrims::unusedSitesAreDropped()
     QCOMPARE(db.column(QStringLiteral("SELECT id FROM sites ORDER BY id;")), QVariantList({ 1, 2, 4 }));
 }
 
+void TestDbInitTrims::privateDatabaseGetsScreenSettingsOnly_data()
+{
+    QTest::addColumn<QString>("dataDirectory");
+    QTest::newRow("plain profile") << QString();
+    // The file's path is spliced into the ATTACH statement.
+    QTest::newRow("quote in the profile path") << QStringLiteral("it's data");
+}
+
 void TestDbInitTrims::privateDatabaseGetsScreenSettingsOnly()
 {
+    QFETCH(QString, dataDirectory);
+    if (!dataDirectory.isEmpty()) {
+        const QString dir = QDir(m_profile->path()).absoluteFilePath(dataDirectory);
+        QVERIFY(QDir().mkpath(dir));
+        qputenv("XDG_DATA_HOME", QFile::encodeName(dir));
+        createFile();
+        QVERIFY(m_profile->databasePath().contains(QLatin1Char('\'')));
+    }
     {
         DbFileProbe db(m_profile->databasePath());
         QVERIFY(db.exec(QStringLiteral("INSERT INTO sites (id, site) VALUES (1, 'https://cam.example'), "

@@ -1,6 +1,7 @@
 #include "storage/dbmanager.h"
 #include "storage/dbworker.h"
 #include "support/dbfileprobe.h"
+#include "support/logcapture.h"
 #include "support/tempprofile.h"
 
 #include <QCoreApplication>
@@ -11,6 +12,8 @@
 #include <QTemporaryDir>
 #include <QTimer>
 #include <QtTest>
+
+#include <functional>
 
 // The storage facade as the GUI thread uses it: one process-wide manager whose
 // worker thread opens the profile's file at start.
@@ -74,6 +77,7 @@ private slots:
     void quoteInSiteNeitherBreaksNorInjects();
     void quoteInUrlNeitherBreaksNorInjects();
     void writesQueuedBeforeQuitAreKept();
+    void everyOperationAndAnswerCrossesTheThread();
     void cleanupTestCase();
 
 private:
@@ -260,6 +264,150 @@ void TestDbManager::writesQueuedBeforeQuitAreKept()
                                      "WHERE tab.tab_id = 7;"))
                  .toString(),
         QStringLiteral("https://site%1.example/").arg(writesBeforeQuit - 1));
+}
+
+void TestDbManager::everyOperationAndAnswerCrossesTheThread()
+{
+    // A request whose argument type is not registered, or whose name or
+    // arguments do not match the worker's slot, is dropped with a warning at
+    // run time; an answer of an unregistered type never arrives.
+    DBManager* manager = DBManager::instance();
+    const QMetaObject* meta = manager->metaObject();
+    QList<QSharedPointer<QSignalSpy>> spies;
+    for (int i = meta->methodOffset(); i < meta->methodCount(); ++i) {
+        if (meta->method(i).methodType() == QMetaMethod::Signal)
+            spies << QSharedPointer<QSignalSpy>::create(manager, meta->method(i));
+    }
+    QCOMPARE(spies.size(), 24);
+
+    const QString url = QStringLiteral("https://www.nuvo.ru/");
+    const QDateTime none;
+    const QVector<std::pair<QByteArray, std::function<void()>>> calls = {
+        { "setDeviceMode", [=] { manager->setDeviceMode(QStringLiteral("nuvo.ru"), 1, false); } },
+        { "getDeviceMode", [=] { manager->getDeviceMode(QStringLiteral("nuvo.ru"), false); } },
+        { "addHistoryEntry", [=] { manager->addHistoryEntry(url, QStringLiteral("t")); } },
+        { "getHistory", [=] { manager->getHistory(QString(), none, none); } },
+        { "updateHistoryTitle", [=] { manager->updateHistoryTitle(url, QStringLiteral("t2")); } },
+        { "getMostVisitedLinks", [=] { manager->getMostVisitedLinks(5); } },
+        { "addTabs", [=] { manager->addTabs({ 21 }, 0, { url }, { QStringLiteral("t") }, false); } },
+        { "addToTabHistory", [=] { manager->addToTabHistory(21, url, QStringLiteral("t"), false); } },
+        { "getTabs", [=] { manager->getTabs(); } },
+        { "getTabHistory", [=] { manager->getTabHistory(21, QString(), none, none, false); } },
+        { "updateTabHistoryTitle",
+            [=] { manager->updateTabHistoryTitle(21, url, QStringLiteral("t3"), false); } },
+        { "updateTabHistoryEntry",
+            [=] { manager->updateTabHistoryEntry(1, url, QStringLiteral("t4"), false); } },
+        { "goBack", [=] { manager->goBack(21, false); } },
+        { "goForward", [=] { manager->goForward(21, false); } },
+        { "removeTabHistoryEntry", [=] { manager->removeTabHistoryEntry(999, 21, false); } },
+        { "removeTabHistoryEntries",
+            [=] {
+                manager->removeTabHistoryEntries(21, { 998, 999 }, false);
+            } },
+        { "clearTabHistory", [=] { manager->clearTabHistory(21, 21, none, none, false); } },
+        { "clearDeprecatedTabHistory", [=] { manager->clearDeprecatedTabHistory(21, 1000000, false); } },
+        { "updateTab", [=] { manager->updateTab(22, 1, true); } },
+        { "setScreenshotTab", [=] { manager->setScreenshotTab(21, QStringLiteral("/tmp/shot.jpg")); } },
+        { "removeTab", [=] { manager->removeTab(22, 5, true); } },
+        { "clearTabs", [=] { manager->clearTabs(true); } },
+        { "removeHistoryEntry", [=] { manager->removeHistoryEntry(999999); } },
+        { "removeHistoryEntries",
+            [=] {
+                manager->removeHistoryEntries({ 999998, 999999 });
+            } },
+        { "clearHistory",
+            [=] {
+                manager->clearHistory(QDateTime::fromMSecsSinceEpoch(0), QDateTime::fromMSecsSinceEpoch(1));
+            } },
+        { "removeMostVisitedLink",
+            [=] { manager->removeMostVisitedLink(QStringLiteral("https://nowhere.example/")); } },
+        { "addBookmarkNode", [=] { manager->addBookmarkNode(1, url, QStringLiteral("b")); } },
+        { "updateBookmarkNode", [=] { manager->updateBookmarkNode(999, url, QStringLiteral("b")); } },
+        { "getBookmarkTree", [=] { manager->getBookmarkTree(); } },
+        { "getBookmarks", [=] { manager->getBookmarks(1, QString()); } },
+        { "isBookmarked", [=] { manager->isBookmarked(url); } },
+        { "getBookmarkData", [=] { manager->getBookmarkData(url); } },
+        { "moveBookmarkNode", [=] { manager->moveBookmarkNode(999, 1, false); } },
+        { "moveBookmarkNodes",
+            [=] {
+                manager->moveBookmarkNodes({ 998, 999 }, 1, false);
+            } },
+        { "removeBookmarkNode", [=] { manager->removeBookmarkNode(999, false, false); } },
+        { "removeBookmarkNodes",
+            [=] {
+                manager->removeBookmarkNodes({ 998, 999 }, false);
+            } },
+        { "migrateBookmark",
+            [=] {
+                manager->migrateBookmark(
+                    QStringLiteral("m"), QStringLiteral("https://m.example/"), QString());
+            } },
+        { "removeAllBookmarks", [=] { manager->removeAllBookmarks(); } },
+        { "setFavicon", [=] { manager->setFavicon(url, QStringLiteral("data:"), true); } },
+        { "updateTimeFavicon", [=] { manager->updateTimeFavicon(url); } },
+        { "getFavicons", [=] { manager->getFavicons(); } },
+        { "addPermissions",
+            [=] {
+                manager->addPermissions(url, { 1, 0, -1, -1, -1, 1, 1 });
+            } },
+        { "updatePermission", [=] { manager->updatePermission(url, 0, 0); } },
+        { "getPermissions", [=] { manager->getPermissions(); } },
+        { "revokePermissions", [=] { manager->revokePermissions(url); } },
+        { "removePermissionsData", [=] { manager->removePermissionsData(url); } },
+        { "removeAllPermissions", [=] { manager->removeAllPermissions(); } },
+        { "addSearchEngine",
+            [=] {
+                manager->addSearchEngine(QStringLiteral("s"), QStringLiteral("https://s.example/?q=%s"));
+            } },
+        { "updateSearchEngine", [=] { manager->updateSearchEngine(999, QStringLiteral("s"), QString()); } },
+        { "removeSearchEngine", [=] { manager->removeSearchEngine(999); } },
+        { "getSearchEngines", [=] { manager->getSearchEngines(); } },
+        { "addDownload",
+            [=] {
+                // The second download at the same path replaces the first.
+                manager->addDownload(QStringLiteral("/tmp/f.pdf"), url, QStringLiteral("k"));
+                manager->addDownload(QStringLiteral("/tmp/f.pdf"), url, QStringLiteral("k"));
+            } },
+        { "setStatusDownload", [=] { manager->setStatusDownload(QStringLiteral("/tmp/f.pdf"), 1); } },
+        { "setDownloadSuccessful", [=] { manager->setDownloadSuccessful(QStringLiteral("/tmp/f.pdf")); } },
+        { "getDownloads", [=] { manager->getDownloads(); } },
+        { "removeDownload", [=] { manager->removeDownload(QStringLiteral("/tmp/f.pdf")); } },
+        { "removeDownloads",
+            [=] {
+                manager->removeDownloads({ 998, 999 });
+            } },
+        { "addException", [=] { manager->addException(url); } },
+        { "setSuggestionsCount", [=] { manager->setSuggestionsCount(url, 2); } },
+        { "getPasswordExceptions", [=] { manager->getPasswordExceptions(); } },
+        { "removeException", [=] { manager->removeException(url); } },
+        { "addDpr", [=] { manager->addDpr(url, 1.5, false); } },
+        { "updateDpr", [=] { manager->updateDpr(url, 2.0, false); } },
+        { "getSiteDprs", [=] { manager->getSiteDprs(false); } },
+        { "removeDpr", [=] { manager->removeDpr(url, false); } },
+        { "removeDprs", [=] { manager->removeDprs({ url }); } },
+        { "removeAllDprs", [=] { manager->removeAllDprs(); } },
+    };
+
+    // The table above names every operation the manager has.
+    QSet<QByteArray> called, slotNames;
+    for (const auto& call : calls)
+        called.insert(call.first);
+    for (int i = meta->methodOffset(); i < meta->methodCount(); ++i) {
+        if (meta->method(i).methodType() == QMetaMethod::Slot)
+            slotNames.insert(meta->method(i).name());
+    }
+    QCOMPARE(called, slotNames);
+
+    LogCapture log("default");
+    for (const auto& call : calls)
+        call.second();
+    QSignalSpy done(manager, &DBManager::siteDprsAvailable);
+    manager->getSiteDprs(true);
+    QVERIFY(done.wait(10000));
+
+    QCOMPARE(log.messages(), QStringList());
+    for (const auto& spy : qAsConst(spies))
+        QVERIFY2(!spy->isEmpty(), spy->signal().constData());
 }
 
 void TestDbManager::cleanupTestCase()
