@@ -93,10 +93,8 @@ void TestStartup::browserMode_data()
     QTest::addColumn<QString>("expectedStartUrl"); // "<unset>" when no context property
 
     QTest::newRow("no url") << QStringList{} << false << QStringLiteral("<unset>");
-    QTest::newRow("desktop placeholder") << QStringList{QStringLiteral("%U")} << false << QStringLiteral("<unset>");
     QTest::newRow("positional url") << QStringList{QStringLiteral("https://example.com/")} << false
                                     << QStringLiteral("https://example.com/");
-    QTest::newRow("url option") << QStringList{QStringLiteral("--url=x")} << false << QStringLiteral("x");
     QTest::newRow("webdriver") << QStringList{QStringLiteral("https://example.com/")} << true
                                << QStringLiteral("about:blank");
     QTest::newRow("socket ignored") << QStringList{QStringLiteral("--socket"), QStringLiteral("/tmp/s")} << false

@@ -33,7 +33,6 @@ private slots:
     void link();
     void tab();
     void download();
-    void copiesCrossThreads();
 };
 
 void TestRecords::nullRecords()
@@ -92,27 +91,6 @@ void TestRecords::download()
              QStringLiteral("Download(id =  12 , filePath =  \"/home/u/Downloads/f.pdf\" , url =  "
                             "\"https://example.com/f.pdf\" , lastModified =  QDateTime(1970-01-01 00:00:00.000 UTC "
                             "Qt::UTC) , status =  2 , cachedKey =  \"k1\" )"));
-}
-
-void TestRecords::copiesCrossThreads()
-{
-    // Records travel through queued signals as QVariants; a copy must keep every field.
-    Tab tab;
-    tab.id = 5;
-    tab.url = QStringLiteral("u");
-    tab.title = QStringLiteral("t");
-    tab.deviceMode = 2;
-    tab.screenshotPath = QStringLiteral("s");
-    tab.dpr = 1.5;
-    tab.orderIndex = 4;
-    const Tab copy = QVariant::fromValue(tab).value<Tab>();
-    QCOMPARE(copy.id, 5);
-    QCOMPARE(copy.url, QStringLiteral("u"));
-    QCOMPARE(copy.title, QStringLiteral("t"));
-    QCOMPARE(copy.deviceMode, 2);
-    QCOMPARE(copy.screenshotPath, QStringLiteral("s"));
-    QCOMPARE(copy.dpr, 1.5);
-    QCOMPARE(copy.orderIndex, 4);
 }
 
 QTEST_GUILESS_MAIN(TestRecords)
