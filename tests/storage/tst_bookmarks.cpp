@@ -1,25 +1,57 @@
-// Bookmark operations whose outcome a user notices directly: what a folder read
-// or a search returns, what emptying keeps, and the moves that are refused.
+// The bookmark tree on a real profile. A long random sequence of edits is checked
+// after every step against a plain parent-pointer tree kept here; the fixed cases
+// guard what a user notices directly: searches, emptying, refused moves, migration.
 
 #include "storage/dbworker.h"
-#include "support/bookmarkprobe.h"
 #include "support/tempprofile.h"
 
+#include <QRandomGenerator>
 #include <QSignalSpy>
+#include <QSqlError>
+#include <QSqlRecord>
 #include <QtTest>
+#include <algorithm>
 #include <memory>
-
-using ClosureLink = BookmarkProbe::Link;
 
 namespace
 {
-QStringList titles(std::initializer_list<const char*> list)
+
+// The rows of a statement on the worker's file connection, columns joined by blanks, sorted.
+QStringList rows(const QString& sql, const QVariantList& values = {})
 {
+    QSqlQuery query(QSqlDatabase::database());
+    query.prepare(sql);
+    for (const QVariant& value : values)
+        query.addBindValue(value);
+    if (!query.exec())
+        QTest::qFail(qPrintable(query.lastError().text()), __FILE__, __LINE__);
     QStringList result;
-    for (const char* title : list)
-        result.append(QString::fromUtf8(title));
+    while (query.next()) {
+        QStringList columns;
+        for (int i = 0; i < query.record().count(); ++i)
+            columns.append(query.value(i).toString());
+        result.append(columns.join(QLatin1Char(' ')));
+    }
+    result.sort();
     return result;
 }
+
+// The titles of a folder read, sorted and joined by ",".
+QString titles(const QList<QVariant>& answer)
+{
+    QStringList result;
+    for (const Bookmark& bookmark : answer.value(0).value<QList<Bookmark>>())
+        result.append(bookmark.title);
+    result.sort();
+    return result.join(QLatin1Char(','));
+}
+
+struct Node {
+    int parent = -1;
+    bool folder = false;
+    QString title;
+};
+
 } // namespace
 
 class TestBookmarks : public QObject
@@ -28,27 +60,47 @@ class TestBookmarks : public QObject
 
 private slots:
     void init();
-    void cleanup();
-
-    void removeAllKeepsPermanentFolders();
+    void cleanup() { m_worker.reset(), m_profile.reset(); }
+    void randomEditsKeepClosure();
     void filteredRead_data();
     void filteredRead();
-    void removeFolder_data();
-    void removeFolder();
     void moveIntoOwnSubtreeIsRefused_data();
     void moveIntoOwnSubtreeIsRefused();
-    void folderStaysFolderWhenRenamed();
-    void lookupByUrl_data();
-    void lookupByUrl();
     void migrateTwiceMakesOneFolder();
 
 private:
-    // Adds a node and returns its id (the newest row).
     int add(int parent, const QString& url, const QString& title);
-    QList<BookmarkTreeNode> tree();
+    // The model tree of the random sequence.
+    template <typename Keep> QList<int> select(Keep keep) const
+    {
+        QList<int> result;
+        for (int node : m_tree.keys()) {
+            if (keep(node))
+                result.append(node);
+        }
+        return result;
+    }
+    QList<int> folders() const
+    {
+        return select([&](int id) { return id != 0 && m_tree.value(id).folder; });
+    }
+    QList<int> children(int id) const
+    {
+        return select([&](int node) { return node != 0 && m_tree.value(node).parent == id; });
+    }
+    QList<int> below(int id, bool withSelf = true) const;
+    int pick(int bound) { return int(m_random.bounded(bound)); }
+    int pickFrom(const QList<int>& list) { return list.at(pick(list.size())); }
+    QString step(bool& treeRead, int& listed);
+    void checkStore(const QString& at);
 
     std::unique_ptr<TempProfile> m_profile;
     std::unique_ptr<DBWorker> m_worker;
+    // Nested folders "Reading news" / "Deep" / "Deeper", and a folder "Side", all in "Bookmarks".
+    QList<int> m_folders;
+    QMap<int, Node> m_tree;
+    QRandomGenerator m_random { 20240611u };
+    int m_counter = 0;
 };
 
 void TestBookmarks::init()
@@ -57,315 +109,285 @@ void TestBookmarks::init()
     QVERIFY(m_profile->isValid());
     m_worker = std::make_unique<DBWorker>();
     m_worker->init();
-}
-
-void TestBookmarks::cleanup()
-{
-    m_worker.reset();
-    m_profile.reset();
+    m_folders = { add(1, QString(), QStringLiteral("Reading news")) };
+    m_folders << add(m_folders.last(), QString(), QStringLiteral("Deep"));
+    m_folders << add(m_folders.last(), QString(), QStringLiteral("Deeper"));
+    m_folders << add(1, QString(), QStringLiteral("Side"));
+    add(m_folders.at(2), QStringLiteral("https://daily.example/?q=1"), QStringLiteral("Daily news"));
+    add(m_folders.at(0), QStringLiteral("https://paper.example/news"), QStringLiteral("Morning"));
+    add(1, QStringLiteral("https://top.example/"), QStringLiteral("news top"));
+    add(1, QStringLiteral("https://tea.example/"), QStringLiteral("Five o'clock"));
+    add(2, QStringLiteral("https://quick.example/"), QStringLiteral("Daily quick"));
 }
 
 int TestBookmarks::add(int parent, const QString& url, const QString& title)
 {
     m_worker->addBookmarkNode(parent, url, title);
-    return BookmarkProbe::scalar(QStringLiteral("SELECT MAX(id) FROM bookmark_node"));
+    return rows(QStringLiteral("SELECT MAX(id) FROM bookmark_node")).value(0).toInt();
 }
 
-QList<BookmarkTreeNode> TestBookmarks::tree()
+QList<int> TestBookmarks::below(int id, bool withSelf) const
 {
+    return select([&](int node) {
+        for (int up = withSelf ? node : m_tree.value(node).parent; up >= 0; up = m_tree.value(up).parent) {
+            if (up == id)
+                return true;
+        }
+        return false;
+    });
+}
+
+// One random edit, on the store and on the model. Says what it did, whether the
+// tree must have been re-read, and which folder's list (-1: none).
+QString TestBookmarks::step(bool& treeRead, int& listed)
+{
+    // Shares of the edits, as upper bounds of a roll of 0..99.
+    enum { Add = 55, MoveOne = 66, MoveMany = 76, RemoveOne = 83, RemoveMany = 90 };
+    const int roll = pick(100);
+    const QList<int> movable = select([](int id) { return id > 2; });
+    if (roll < Add || movable.size() < 3) {
+        const bool folder = roll < 15;
+        const int parent = pickFrom(folders());
+        const QString title = QStringLiteral("node %1").arg(++m_counter);
+        // The front end hands over "" for a folder; it must make a folder like a null url.
+        const QString url = folder ? (pick(2) ? QString() : QStringLiteral(""))
+                                   : QStringLiteral("https://site%1.example/").arg(m_counter);
+        m_tree.insert(add(parent, url, title), { parent, folder, title });
+        treeRead = folder, listed = parent;
+        return QStringLiteral("add under %1").arg(parent);
+    }
+
+    // One node, or up to four siblings. Removals prefer the smaller of two subtrees, so that they
+    // mostly prune twigs and the tree grows.
+    const int a = pickFrom(movable), b = pickFrom(movable);
+    QList<int> nodes { roll < MoveOne || below(a).size() <= below(b).size() ? a : b };
+    if ((roll >= MoveOne && roll < MoveMany) || (roll >= RemoveOne && roll < RemoveMany)) {
+        QList<int> pool
+            = children(pickFrom(select([&](int id) { return children(id).size() > (id == 0 ? 2 : 0); })));
+        pool.removeAll(1), pool.removeAll(2);
+        nodes.clear();
+        for (int wanted = 1 + pick(qMin(4, pool.size())); nodes.size() < wanted;)
+            nodes.append(pool.takeAt(pick(pool.size())));
+    } else if (roll == RemoveOne - 1) {
+        nodes = { 1 + pick(2) }; // a permanent folder, which can only be emptied
+    }
+    for (int id : nodes)
+        treeRead = treeRead || m_tree.value(id).folder;
+    const int first = nodes.first();
+    listed = m_tree.value(first).parent;
+    const QString what = QStringLiteral("roll %1, %2 nodes from %3").arg(roll).arg(nodes.size()).arg(listed);
+
+    if (roll < MoveMany) {
+        QList<int> targets = folders();
+        for (int id : nodes) {
+            for (int inside : below(id))
+                targets.removeOne(inside);
+        }
+        const int target = pickFrom(targets);
+        if (roll >= MoveOne)
+            m_worker->moveBookmarkNodes(nodes, target, treeRead);
+        else
+            m_worker->moveBookmarkNode(first, target, treeRead);
+        for (int id : nodes)
+            m_tree[id].parent = target;
+        return what + QStringLiteral(" moved to %1").arg(target);
+    }
+    if (roll < RemoveOne) {
+        const bool clearOnly = first <= 2 || (treeRead && pick(2));
+        m_worker->removeBookmarkNode(first, treeRead, clearOnly);
+        for (int node : below(first, !clearOnly))
+            m_tree.remove(node);
+        listed = -1;
+        return what + (clearOnly ? QLatin1String(" cleared") : QLatin1String(" removed"));
+    }
+    if (roll < RemoveMany) {
+        m_worker->removeBookmarkNodes(nodes, treeRead);
+        for (int id : nodes) {
+            for (int node : below(id))
+                m_tree.remove(node);
+        }
+        return what + QLatin1String(" removed");
+    }
+    Node& node = m_tree[first];
+    node.title = QStringLiteral("renamed %1").arg(++m_counter);
+    m_worker->updateBookmarkNode(
+        first, node.folder ? QStringLiteral("") : QStringLiteral("https://renamed.example/"), node.title);
+    treeRead = false, listed = -1;
+    return what + QLatin1String(" renamed");
+}
+
+// Node and closure rows against the model, then the tree read against the model drawn.
+void TestBookmarks::checkStore(const QString& at)
+{
+    // The model's closure has exactly one depth-1 parent for every node but the
+    // root, one row per further ancestor with its distance, and no row of depth 0.
+    QStringList expected;
+    for (auto it = m_tree.cbegin(); it != m_tree.cend(); ++it) {
+        expected.append(QStringLiteral("node %1 %2 %3").arg(it.key()).arg(int(it->folder)).arg(it->title));
+        int depth = 1;
+        for (int up = it->parent; up >= 0; up = m_tree.value(up).parent)
+            expected.append(QStringLiteral("link %1 %2 %3").arg(up).arg(it.key()).arg(depth++));
+    }
+    expected.sort();
+    const QStringList stored = rows(QStringLiteral("SELECT 'node', id, url IS NULL, title FROM bookmark_node "
+                                                   "UNION ALL SELECT 'link', * FROM bookmark_structure"));
+    QVERIFY2(stored == expected,
+        qPrintable(at + QLatin1Char('\n') + stored.join(QLatin1Char(',')) + QLatin1Char('\n')
+            + expected.join(QLatin1Char(','))));
+
+    // Each row at most one level below the row before, under the open folder one
+    // level up: the tree drawn depth-first, siblings in any order.
     QSignalSpy spy(m_worker.get(), &DBWorker::bookmarksTreeAvailable);
     m_worker->getBookmarkTree();
-    return spy.count() == 1 ? spy.first().at(0).value<QList<BookmarkTreeNode>>() : QList<BookmarkTreeNode>();
+    QList<int> open, drawn;
+    for (const BookmarkTreeNode& row : spy.value(0).value(0).value<QList<BookmarkTreeNode>>()) {
+        const Node node = m_tree.value(row.id);
+        const QList<int> inside = below(row.id, false);
+        const auto count
+            = std::count_if(inside.cbegin(), inside.cend(), [&](int id) { return !m_tree.value(id).folder; });
+        open = open.mid(0, row.depth);
+        QVERIFY2(row.depth == open.size() && node.folder && node.title == row.title && row.children == count
+                && node.parent == (open.isEmpty() ? 0 : open.last()),
+            qPrintable(at + QStringLiteral(": folder %1 drawn wrongly").arg(row.id)));
+        open.append(row.id);
+        drawn.append(row.id);
+    }
+    std::sort(drawn.begin(), drawn.end());
+    QVERIFY2(drawn == folders(), qPrintable(at + QStringLiteral(": folders missing or drawn twice")));
 }
 
-void TestBookmarks::removeAllKeepsPermanentFolders()
+void TestBookmarks::randomEditsKeepClosure()
 {
-    const int folder = add(1, QString(), QStringLiteral("Travel"));
-    add(folder, QStringLiteral("https://trains.example/"), QStringLiteral("Trains"));
-    add(2, QStringLiteral("https://news.example/"), QStringLiteral("News"));
-    add(add(folder, QString(), QStringLiteral("Sub")), QStringLiteral("https://x.example/"),
-        QStringLiteral("X"));
+    m_tree.insert(0, { -1, true, QString() });
+    for (const QString& row :
+        rows(QStringLiteral("SELECT id, ancestor, url IS NULL, title FROM bookmark_node "
+                            "JOIN bookmark_structure ON descendant = id AND depth = 1"))) {
+        const QStringList columns = row.split(QLatin1Char(' '));
+        m_tree.insert(columns.at(0).toInt(),
+            { columns.at(1).toInt(), columns.at(2) == QLatin1String("1"), row.section(QLatin1Char(' '), 3) });
+    }
+    checkStore(QStringLiteral("initial tree"));
 
     QSignalSpy treeSpy(m_worker.get(), &DBWorker::bookmarksTreeAvailable);
     QSignalSpy listSpy(m_worker.get(), &DBWorker::bookmarksAvailable);
-    m_worker->removeAllBookmarks();
-
-    QList<int> left;
-    for (const BookmarkProbe::Node& node : BookmarkProbe::nodes())
-        left.append(node.id);
-    QCOMPARE(left, QList<int>({ 0, 1, 2 }));
-    QCOMPARE(BookmarkProbe::links(), QList<ClosureLink>({ { 0, 1, 1 }, { 0, 2, 1 } }));
-
-    // The tree and the quick access list are re-read, both now empty.
-    QCOMPARE(treeSpy.count(), 1);
-    const auto nodes = treeSpy.first().at(0).value<QList<BookmarkTreeNode>>();
-    QCOMPARE(nodes.size(), 2);
-    for (const BookmarkTreeNode& node : nodes) {
-        QCOMPARE(node.depth, 0);
-        QCOMPARE(node.children, 0);
+    int largest = 0, deepest = 0;
+    for (int number = 0; number < 300 && !QTest::currentTestFailed(); ++number) {
+        treeSpy.clear(), listSpy.clear();
+        bool treeRead = false;
+        int listed = -1;
+        const QString at = QStringLiteral("step %1, ").arg(number) + step(treeRead, listed);
+        QVERIFY2(treeSpy.count() == int(treeRead) && listSpy.count() == int(listed >= 0),
+            qPrintable(at + QStringLiteral(": wrong re-reads")));
+        // The list of the folder left (or added to): its children, folders first.
+        QList<int> ids, kinds;
+        for (const Bookmark& bookmark : listSpy.value(0).value(0).value<QList<Bookmark>>())
+            ids << bookmark.id, kinds << int(!m_tree.value(bookmark.id).folder);
+        std::sort(ids.begin(), ids.end());
+        QVERIFY2(listed < 0 || (ids == children(listed) && std::is_sorted(kinds.cbegin(), kinds.cend())),
+            qPrintable(at + QStringLiteral(": wrong list of the folder")));
+        checkStore(at);
+        largest = qMax(largest, m_tree.size());
+        deepest = qMax(
+            deepest, rows(QStringLiteral("SELECT MAX(depth) FROM bookmark_structure")).value(0).toInt());
     }
+    // The sequence must reach trees worth checking, not hover around the roots.
+    QVERIFY2(largest >= 40 && deepest >= 4, qPrintable(QStringLiteral("%1 %2").arg(largest).arg(deepest)));
+
+    // Emptying a folder keeps it with its links, drawn with no bookmarks below.
+    m_worker->removeBookmarkNode(1, true, true);
+    for (int node : below(1, false))
+        m_tree.remove(node);
+    checkStore(QStringLiteral("Bookmarks emptied"));
+    // Emptying everything keeps the permanent folders and their links; quick access is re-read.
+    treeSpy.clear(), listSpy.clear();
+    m_worker->removeAllBookmarks();
+    QCOMPARE(rows(QStringLiteral(
+                 "SELECT 'node', id, 0 FROM bookmark_node UNION ALL SELECT * FROM bookmark_structure")),
+        QString::fromLatin1("0 1 1,0 2 1,node 0 0,node 1 0,node 2 0").split(QLatin1Char(',')));
+    QCOMPARE(treeSpy.value(0).value(0).value<QList<BookmarkTreeNode>>().size(), 2);
     QCOMPARE(listSpy.count(), 1);
     QVERIFY(listSpy.first().at(0).value<QList<Bookmark>>().isEmpty());
 }
 
 void TestBookmarks::filteredRead_data()
 {
-    QTest::addColumn<QString>("folder"); // title of the folder searched, "Bookmarks" for 1
+    QTest::addColumn<int>("folder"); // -1: "Reading news"
     QTest::addColumn<QString>("filter");
-    QTest::addColumn<QStringList>("expected"); // titles
+    QTest::addColumn<QString>("expected"); // sorted titles
 
-    QTest::newRow("title in a sub-subfolder") << "Bookmarks"
-                                              << "daily" << titles({ "Daily news" });
-    QTest::newRow("url, not title") << "Bookmarks"
-                                    << "paper.example" << titles({ "Morning" });
-    QTest::newRow("case of ascii letters ignored") << "Bookmarks"
-                                                   << "DAILY" << titles({ "Daily news" });
-    QTest::newRow("folder title never returned") << "Bookmarks"
-                                                 << "Reading" << titles({});
-    QTest::newRow("matches at several depths") << "Bookmarks"
-                                               << "news" << titles({ "Daily news", "Morning", "news top" });
-    QTest::newRow("only below the folder") << "Reading"
-                                           << "news" << titles({ "Daily news", "Morning" });
-    QTest::newRow("other top folder") << "Quick access"
-                                      << "daily" << titles({ "Daily quick" });
-    QTest::newRow("quote in filter") << "Bookmarks"
-                                     << "o'clock" << titles({ "Five o'clock" });
-    QTest::newRow("no match") << "Bookmarks"
-                              << "nothing-like-this" << titles({});
+    // clang-format off
+    QTest::newRow("title three folders down") << 1 << "daily" << "Daily news";
+    QTest::newRow("url, not title") << 1 << "paper.example" << "Morning";
+    QTest::newRow("folder title never returned") << 1 << "Reading" << "";
+    QTest::newRow("several depths") << 1 << "news" << "Daily news,Morning,news top";
+    QTest::newRow("only below the folder") << -1 << "news" << "Daily news,Morning";
+    QTest::newRow("quote in filter") << 1 << "o'clock" << "Five o'clock";
+    // clang-format on
 }
 
 void TestBookmarks::filteredRead()
 {
-    QFETCH(QString, folder);
+    QFETCH(int, folder);
     QFETCH(QString, filter);
-    QFETCH(QStringList, expected);
+    QFETCH(QString, expected);
 
-    // Bookmarks / Reading (a folder whose name matches nothing useful) / Deep /
-    // "Daily news"; Reading holds "Morning" (url mentions news); "news top" and
-    // "Five o'clock" sit in Bookmarks itself; quick access holds "Daily quick".
-    const int reading = add(1, QStringLiteral(""), QStringLiteral("Reading news"));
-    const int deep = add(reading, QString(), QStringLiteral("Deep"));
-    add(deep, QStringLiteral("https://daily.example/"), QStringLiteral("Daily news"));
-    add(reading, QStringLiteral("https://paper.example/news"), QStringLiteral("Morning"));
-    add(1, QStringLiteral("https://top.example/"), QStringLiteral("news top"));
-    add(1, QStringLiteral("https://tea.example/"), QStringLiteral("Five o'clock"));
-    add(2, QStringLiteral("https://quick.example/"), QStringLiteral("Daily quick"));
-
-    const QMap<QString, int> folders { { QStringLiteral("Bookmarks"), 1 },
-        { QStringLiteral("Quick access"), 2 }, { QStringLiteral("Reading"), reading } };
     QSignalSpy spy(m_worker.get(), &DBWorker::bookmarksAvailable);
-    m_worker->getBookmarks(folders.value(folder), filter);
-    QCOMPARE(spy.count(), 1);
-
-    QStringList titles;
-    for (const Bookmark& bookmark : spy.first().at(0).value<QList<Bookmark>>()) {
-        QVERIFY2(!bookmark.url.isEmpty(), qPrintable(bookmark.title));
-        titles.append(bookmark.title);
-    }
-    titles.sort();
-    expected.sort();
-    QCOMPARE(titles, expected);
-}
-
-void TestBookmarks::removeFolder_data()
-{
-    QTest::addColumn<bool>("clearOnly");
-    QTest::newRow("clear only") << true;
-    QTest::newRow("whole folder") << false;
-}
-
-void TestBookmarks::removeFolder()
-{
-    QFETCH(bool, clearOnly);
-
-    const QList<ClosureLink> baseline = BookmarkProbe::links();
-    const int keep = add(1, QStringLiteral("https://keep.example/"), QStringLiteral("Keep"));
-    const int folder = add(1, QString(), QStringLiteral("Work"));
-    add(folder, QStringLiteral("https://a.example/"), QStringLiteral("A"));
-    const int sub = add(folder, QString(), QStringLiteral("Sub"));
-    add(sub, QStringLiteral("https://b.example/"), QStringLiteral("B"));
-
-    QSignalSpy treeSpy(m_worker.get(), &DBWorker::bookmarksTreeAvailable);
-    m_worker->removeBookmarkNode(folder, true, clearOnly);
-    QCOMPARE(treeSpy.count(), 1);
-
-    QList<int> left;
-    for (const BookmarkProbe::Node& node : BookmarkProbe::nodes()) {
-        if (node.id >= keep)
-            left.append(node.id);
-    }
-    QList<ClosureLink> links = baseline;
-    links << ClosureLink { 1, keep, 1 } << ClosureLink { 0, keep, 2 };
-    if (clearOnly) {
-        QCOMPARE(left, QList<int>({ keep, folder }));
-        links << ClosureLink { 1, folder, 1 } << ClosureLink { 0, folder, 2 };
-    } else {
-        QCOMPARE(left, QList<int>({ keep }));
-    }
-    std::sort(links.begin(), links.end());
-    QCOMPARE(BookmarkProbe::toString(BookmarkProbe::links()), BookmarkProbe::toString(links));
-
-    bool listed = false;
-    for (const BookmarkTreeNode& node : treeSpy.first().at(0).value<QList<BookmarkTreeNode>>()) {
-        if (node.id == folder) {
-            listed = true;
-            QCOMPARE(node.children, 0);
-            QCOMPARE(node.depth, 1);
-        }
-        QVERIFY(node.id != sub);
-    }
-    QCOMPARE(listed, clearOnly);
+    m_worker->getBookmarks(folder < 0 ? m_folders.first() : folder, filter);
+    QCOMPARE(titles(spy.value(0)), expected);
 }
 
 void TestBookmarks::moveIntoOwnSubtreeIsRefused_data()
 {
-    QTest::addColumn<QString>("moved"); // names of the nodes moved
-    QTest::addColumn<QString>("target"); // name of the new parent
-    QTest::addColumn<bool>("many");
+    QTest::addColumn<QList<int>>("moved"); // indexes of the nested folders 0 / 1 / 2, and 3 aside
+    QTest::addColumn<int>("target");
 
-    QTest::newRow("onto itself") << "top"
-                                 << "top" << false;
-    QTest::newRow("into its child") << "top"
-                                    << "child" << false;
-    QTest::newRow("into its grandchild") << "top"
-                                         << "grandchild" << false;
-    QTest::newRow("list, onto one of them") << "side,top"
-                                            << "top" << true;
-    QTest::newRow("list, into a grandchild") << "side,top"
-                                             << "grandchild" << true;
+    QTest::newRow("onto itself") << QList<int> { 0 } << 0;
+    QTest::newRow("into its child") << QList<int> { 0 } << 1;
+    QTest::newRow("into its grandchild") << QList<int> { 0 } << 2;
+    QTest::newRow("list, onto one of them") << QList<int> { 3, 0 } << 0;
+    QTest::newRow("list, into a grandchild") << QList<int> { 3, 0 } << 2;
     // A node below another listed node would be hung twice.
-    QTest::newRow("list holding a node and its child") << "top,child"
-                                                       << "side" << true;
+    QTest::newRow("list of a node and its child") << QList<int> { 0, 1 } << 3;
 }
 
 void TestBookmarks::moveIntoOwnSubtreeIsRefused()
 {
-    QFETCH(QString, moved);
-    QFETCH(QString, target);
-    QFETCH(bool, many);
+    QFETCH(QList<int>, moved);
+    QFETCH(int, target);
+    for (int& index : moved)
+        index = m_folders.at(index);
 
-    QMap<QString, int> id;
-    id[QStringLiteral("top")] = add(1, QString(), QStringLiteral("top"));
-    id[QStringLiteral("child")] = add(id.value(QStringLiteral("top")), QString(), QStringLiteral("child"));
-    id[QStringLiteral("grandchild")]
-        = add(id.value(QStringLiteral("child")), QString(), QStringLiteral("grandchild"));
-    add(id.value(QStringLiteral("grandchild")), QStringLiteral("https://leaf.example/"),
-        QStringLiteral("leaf"));
-    id[QStringLiteral("side")] = add(1, QString(), QStringLiteral("side"));
-
-    const QList<ClosureLink> before = BookmarkProbe::links();
+    const QStringList before = rows(QStringLiteral("SELECT * FROM bookmark_structure"));
     QSignalSpy treeSpy(m_worker.get(), &DBWorker::bookmarksTreeAvailable);
     QSignalSpy listSpy(m_worker.get(), &DBWorker::bookmarksAvailable);
     QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("refusing to move")));
-
-    QList<int> movedIds;
-    for (const QString& name : moved.split(QLatin1Char(',')))
-        movedIds.append(id.value(name));
-    if (many)
-        m_worker->moveBookmarkNodes(movedIds, id.value(target), true);
+    if (moved.size() > 1)
+        m_worker->moveBookmarkNodes(moved, m_folders.at(target), true);
     else
-        m_worker->moveBookmarkNode(movedIds.first(), id.value(target), true);
+        m_worker->moveBookmarkNode(moved.first(), m_folders.at(target), true);
 
-    QCOMPARE(BookmarkProbe::toString(BookmarkProbe::links()), BookmarkProbe::toString(before));
-    QCOMPARE(treeSpy.count(), 0);
-    QCOMPARE(listSpy.count(), 0);
-}
-
-void TestBookmarks::folderStaysFolderWhenRenamed()
-{
-    const int folder = add(1, QStringLiteral(""), QStringLiteral("Old"));
-    m_worker->updateBookmarkNode(folder, QStringLiteral(""), QStringLiteral("New"));
-
-    bool found = false;
-    for (const BookmarkTreeNode& node : tree()) {
-        if (node.id == folder) {
-            found = true;
-            QCOMPARE(node.title, QStringLiteral("New"));
-        }
-    }
-    QVERIFY(found);
-}
-
-void TestBookmarks::lookupByUrl_data()
-{
-    QTest::addColumn<QString>("url");
-    QTest::addColumn<bool>("bookmarked");
-    QTest::addColumn<QString>("title");
-
-    QTest::newRow("bookmark in a subfolder") << "https://deep.example/a?b=1" << true << "Deep";
-    QTest::newRow("quick access") << "https://quick.example/" << true << "Quick";
-    QTest::newRow("prefix of a bookmark") << "https://deep.example/a" << false << "";
-    QTest::newRow("unknown") << "https://unknown.example/" << false << "";
-    QTest::newRow("empty url is no folder lookup") << "" << false << "";
-}
-
-void TestBookmarks::lookupByUrl()
-{
-    QFETCH(QString, url);
-    QFETCH(bool, bookmarked);
-    QFETCH(QString, title);
-
-    const int folder = add(1, QStringLiteral(""), QStringLiteral("Sub"));
-    const int deep = add(folder, QStringLiteral("https://deep.example/a?b=1"), QStringLiteral("Deep"));
-    const int quick = add(2, QStringLiteral("https://quick.example/"), QStringLiteral("Quick"));
-
-    QSignalSpy bookmarkedSpy(m_worker.get(), &DBWorker::bookmarkedAvailable);
-    QSignalSpy dataSpy(m_worker.get(), &DBWorker::bookmarkDataAvailable);
-    m_worker->isBookmarked(url);
-    m_worker->getBookmarkData(url);
-
-    QCOMPARE(bookmarkedSpy.count(), 1);
-    QCOMPARE(bookmarkedSpy.first().at(0).toBool(), bookmarked);
-    QCOMPARE(dataSpy.count(), bookmarked ? 1 : 0);
-    if (bookmarked) {
-        const QList<QVariant> data = dataSpy.first();
-        const bool isDeep = title == QLatin1String("Deep");
-        QCOMPARE(data.at(0).toInt(), isDeep ? deep : quick);
-        QCOMPARE(data.at(1).toString(), url);
-        QCOMPARE(data.at(2).toString(), title);
-        QCOMPARE(data.at(3).toInt(), isDeep ? folder : 2);
-    }
+    QCOMPARE(rows(QStringLiteral("SELECT * FROM bookmark_structure")), before);
+    QCOMPARE(treeSpy.count() + listSpy.count(), 0);
 }
 
 void TestBookmarks::migrateTwiceMakesOneFolder()
 {
-    const QString folderTitle = qtTrId("browser-la-migrated-bookmarks");
     QSignalSpy listSpy(m_worker.get(), &DBWorker::bookmarksAvailable);
+    m_worker->migrateBookmark(
+        QStringLiteral("First"), QStringLiteral("https://old.example/one"), QStringLiteral("data:a"));
+    m_worker->migrateBookmark(
+        QStringLiteral("Second"), QStringLiteral("https://old.example/two"), QStringLiteral("data:b"));
 
-    m_worker->migrateBookmark(QStringLiteral("First"), QStringLiteral("https://old.example/one"),
-        QStringLiteral("data:image/png;base64,AAAA"));
-    m_worker->migrateBookmark(QStringLiteral("Second"), QStringLiteral("https://old.example/two"),
-        QStringLiteral("data:image/png;base64,BBBB"));
-
-    QCOMPARE(BookmarkProbe::scalar(
-                 QStringLiteral("SELECT COUNT(*) FROM bookmark_node INNER JOIN bookmark_structure "
-                                "ON descendant = id WHERE ancestor = 1 AND depth = 1 AND title = ? "
-                                "AND url IS NULL"),
-                 { folderTitle }),
-        1);
-    const int folder = BookmarkProbe::scalar(
-        QStringLiteral("SELECT id FROM bookmark_node WHERE title = ?"), { folderTitle });
+    // One folder, in "Bookmarks"; the last list answered is that folder's, with both.
     QCOMPARE(
-        BookmarkProbe::scalar(QStringLiteral("SELECT COUNT(*) FROM bookmark_structure WHERE ancestor = ? AND "
-                                             "depth = 1"),
-            { folder }),
-        2);
-
-    // The last list answered is the migration folder with both bookmarks.
-    QVERIFY(!listSpy.isEmpty());
-    QStringList titles;
-    for (const Bookmark& bookmark : listSpy.last().at(0).value<QList<Bookmark>>())
-        titles.append(bookmark.title);
-    titles.sort();
-    QCOMPARE(titles, QStringList({ QStringLiteral("First"), QStringLiteral("Second") }));
-
-    // One favicon per site, and a later migration does not replace it.
-    QSqlQuery icons(QSqlDatabase::database());
-    QVERIFY(icons.exec(QStringLiteral("SELECT base_url, favicon FROM favicons")));
-    QVERIFY(icons.next());
-    QCOMPARE(icons.value(0).toString(), QStringLiteral("https://old.example"));
-    QCOMPARE(icons.value(1).toString(), QStringLiteral("data:image/png;base64,AAAA"));
-    QVERIFY(!icons.next());
+        rows(QStringLiteral("SELECT ancestor FROM bookmark_node JOIN bookmark_structure ON descendant = id "
+                            "AND depth = 1 WHERE url IS NULL AND title = ?"),
+            { qtTrId("browser-la-migrated-bookmarks") }),
+        QStringList { QStringLiteral("1") });
+    QCOMPARE(titles(listSpy.value(listSpy.size() - 1)), QStringLiteral("First,Second"));
+    // One favicon per site; a later migration does not replace it.
+    QCOMPARE(rows(QStringLiteral("SELECT base_url, favicon FROM favicons")),
+        QStringList({ QStringLiteral("https://old.example data:a") }));
 }
 
 QTEST_GUILESS_MAIN(TestBookmarks)
