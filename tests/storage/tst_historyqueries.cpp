@@ -1,325 +1,549 @@
-#include "support/historyprofile.h"
+#include "storage/dbworker.h"
+#include "support/logcapture.h"
+#include "support/tempprofile.h"
 
 #include <QSignalSpy>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QSqlRecord>
 #include <QTest>
 #include <memory>
-
-// Browsing history as the worker keeps it in the profile's file: one row per url
-// and local day, read back with filters and date bounds, summed for the tiles.
-class TestHistoryQueries : public QObject
-{
-    Q_OBJECT
-
-private slots:
-    void initTestCase();
-    void init();
-    void cleanup();
-
-    void addHistoryEntryMergesPerLocalDay_data();
-    void addHistoryEntryMergesPerLocalDay();
-    void getHistory_data();
-    void getHistory();
-    void clearHistory_data();
-    void clearHistory();
-    void updateHistoryTitleChangesEveryDay();
-    void mostVisited_data();
-    void mostVisited();
-
-private:
-    // Seeds five rows spread over a past day; returns nothing, urls are the fixture's.
-    void seedDay();
-    static QStringList urls(const QList<Link>& links);
-
-    std::unique_ptr<HistoryProfile> m_profile;
-    qint64 m_base = 0;
-};
+#include <time.h>
 
 namespace
 {
-const QString newsUrl = QStringLiteral("https://news.example.com/a");
-const QString shopUrl = QStringLiteral("https://shop.example.org/");
-const QString otherUrl = QStringLiteral("https://other.example.org/");
-const QString blogUrl = QStringLiteral("https://blog.example.net/");
 constexpr qint64 dayMs = 24 * 60 * 60 * 1000;
-constexpr qint64 noBound = -1;
-} // namespace
+const qint64 base = QDateTime(QDate(2023, 5, 10), QTime(8, 0), Qt::UTC).toMSecsSinceEpoch();
 
-void TestHistoryQueries::initTestCase()
+const auto at = [](qint64 offset) { return QDateTime::fromMSecsSinceEpoch(base + offset); };
+
+// Every row of one statement on one of the worker's connections: columns joined
+// by "|", rows by " ". A failure reads "error: ..." so that the comparison shows it.
+QString sql(const QString& text, const QVariantList& values = {}, bool isPrivate = false)
 {
-    qRegisterMetaType<QList<Link>>("QList<Link>");
+    QSqlQuery query(QSqlDatabase::database(
+        isPrivate ? DBWorker::privateConnectionName() : QLatin1String(QSqlDatabase::defaultConnection)));
+    const bool prepared = query.prepare(text);
+    for (const QVariant& value : values)
+        query.addBindValue(value);
+    if (!prepared || !query.exec())
+        return QStringLiteral("error: ") + query.lastError().text();
+    QStringList rows;
+    while (query.next()) {
+        QStringList fields;
+        for (int i = 0; i < query.record().count(); ++i)
+            fields.append(query.value(i).toString());
+        rows.append(fields.join(QLatin1Char('|')));
+    }
+    return rows.join(QLatin1Char(' '));
 }
 
-void TestHistoryQueries::init()
+// History rows "url:title:when:visits,...", each dated origin + unit * when.
+void addHistory(const QString& rows, qint64 origin, qint64 unit)
 {
-    m_profile = std::make_unique<HistoryProfile>();
-    QVERIFY(m_profile->isValid());
-    m_base = QDateTime(QDate(2023, 5, 10), QTime(8, 0)).toMSecsSinceEpoch();
+    for (const QString& row : rows.split(QLatin1Char(','), Qt::SkipEmptyParts))
+        sql(QStringLiteral(
+                "INSERT INTO browser_history (url, title, date, visited_count) VALUES (?, ?, ?, ?)"),
+            { row.section(QLatin1Char(':'), 0, 0), row.section(QLatin1Char(':'), 1, 1),
+                origin + unit * row.section(QLatin1Char(':'), 2, 2).toLongLong(),
+                row.section(QLatin1Char(':'), 3).toInt() });
 }
 
-void TestHistoryQueries::cleanup()
+// Tab id and url of every tab-history entry, oldest first, the entry a tab
+// shows marked "*" ("1a 2x 1b* 2y*").
+QString entries(bool isPrivate)
 {
-    m_profile.reset();
+    return sql(
+        QStringLiteral("SELECT tab_id || url || IIF(id IN (SELECT tab_history_id FROM tab), '*', '') FROM "
+                       "tab_history JOIN link USING (link_id) ORDER BY id"),
+        {}, isPrivate);
 }
 
-void TestHistoryQueries::seedDay()
+// Visits given as "1a:title,2x": tab 1 opens "a", then tab 2 opens "x". Each
+// entry is then dated base + 1000 * its id.
+void visit(DBWorker& worker, const QString& visits, bool isPrivate)
 {
-    // Ids 1..5 in this order. The news url is visited twice; the blog matches
-    // "news" only by its title.
-    HistoryProfile::insertHistory(newsUrl, QStringLiteral("Morning news"), m_base + 1000);
-    HistoryProfile::insertHistory(shopUrl, QStringLiteral("Shop"), m_base + 2000);
-    HistoryProfile::insertHistory(otherUrl, QStringLiteral("Other"), m_base + 3000);
-    HistoryProfile::insertHistory(newsUrl, QStringLiteral("Morning news"), m_base + 4000);
-    HistoryProfile::insertHistory(blogUrl, QStringLiteral("news digest"), m_base + 5000);
+    for (const QString& visit : visits.split(QLatin1Char(',')))
+        worker.addToTabHistory(visit.left(1).toInt(), visit.section(QLatin1Char(':'), 0, 0).mid(1),
+            visit.section(QLatin1Char(':'), 1), isPrivate);
+    sql(QStringLiteral("UPDATE tab_history SET date = ? + 1000 * id"), { base }, isPrivate);
 }
 
-QStringList TestHistoryQueries::urls(const QList<Link>& links)
+// Tabs 1..count at positions 0..count-1, tab N showing "tN".
+void openTabs(DBWorker& worker, int count, bool isPrivate)
+{
+    for (int id = 1; id <= count; ++id) {
+        sql(QStringLiteral("INSERT INTO tab (tab_id, order_index) VALUES (?, ?)"), { id, id - 1 }, isPrivate);
+        worker.addToTabHistory(id, QStringLiteral("t%1").arg(id), QString(), isPrivate);
+    }
+}
+
+// The urls (or titles) of a signalled link list, bookmarked ones marked "*".
+QString join(const QVariant& links, QString Link::*field = &Link::url)
 {
     QStringList result;
-    for (const Link& link : links)
-        result.append(link.url);
-    return result;
+    for (const Link& link : links.value<QList<Link>>())
+        result.append(link.*field + QLatin1String(link.bookmarked ? "*" : ""));
+    return result.join(QLatin1Char(' '));
 }
+} // namespace
 
-void TestHistoryQueries::addHistoryEntryMergesPerLocalDay_data()
+// Browsing history, per-tab back/forward lists and the tab strip, run by a real
+// worker on a fresh profile file and its private in-memory twin.
+class TestHistoryQueries : public QObject
 {
-    QTest::addColumn<QString>("priorUrl"); // empty: no earlier row
-    QTest::addColumn<qint64>("priorOffset"); // ms from the start of the local day
-    QTest::addColumn<QString>("priorTitle");
-    QTest::addColumn<int>("calls");
-    QTest::addColumn<QString>("title");
-    QTest::addColumn<int>("rowCount");
-    QTest::addColumn<int>("visitedCount"); // of the newest row
-    QTest::addColumn<QString>("storedTitle"); // of the newest row
+    Q_OBJECT
+    std::unique_ptr<TempProfile> m_profile; // outlives the worker, which closes its connections
+    std::unique_ptr<DBWorker> m_worker;
+    DBWorker& w() { return *m_worker; }
 
-    const QString url = QStringLiteral("https://a.example.com/");
-    QTest::newRow("first visit") << QString() << qint64(0) << QString() << 1 << "A" << 1 << 1 << "A";
-    QTest::newRow("twice today") << QString() << qint64(0) << QString() << 2 << "A" << 1 << 2 << "A";
-    QTest::newRow("first visit without title")
-        << QString() << qint64(0) << QString() << 1 << "" << 1 << 1 << "";
-    QTest::newRow("row at local midnight merges")
-        << url << qint64(0) << "Old" << 1 << "New" << 1 << 2 << "New";
-    QTest::newRow("empty title keeps stored one") << url << qint64(0) << "Old" << 1 << "" << 1 << 2 << "Old";
-    QTest::newRow("row 1 ms before midnight stays")
-        << url << qint64(-1) << "Old" << 1 << "New" << 2 << 1 << "New";
-    QTest::newRow("yesterday, empty title not copied") << url << -dayMs << "Old" << 1 << "" << 2 << 1 << "";
-    QTest::newRow("other url today is not merged") << QStringLiteral("https://a.example.com/other")
-                                                   << qint64(0) << "Old" << 1 << "New" << 2 << 1 << "New";
-}
-
-void TestHistoryQueries::addHistoryEntryMergesPerLocalDay()
-{
-    QFETCH(QString, priorUrl);
-    QFETCH(qint64, priorOffset);
-    QFETCH(QString, priorTitle);
-    QFETCH(int, calls);
-    QFETCH(QString, title);
-    QFETCH(int, rowCount);
-    QFETCH(int, visitedCount);
-    QFETCH(QString, storedTitle);
-
-    const QString url = QStringLiteral("https://a.example.com/");
-    if (!priorUrl.isEmpty())
-        QVERIFY(HistoryProfile::insertHistory(priorUrl, priorTitle, startOfLocalToday() + priorOffset) > 0);
-
-    const qint64 before = QDateTime::currentMSecsSinceEpoch();
-    for (int i = 0; i < calls; ++i)
-        m_profile->worker().addHistoryEntry(url, title);
-    const qint64 after = QDateTime::currentMSecsSinceEpoch();
-
-    QCOMPARE(
-        HistoryProfile::scalar(QStringLiteral("SELECT COUNT(*) FROM browser_history")).toInt(), rowCount);
-    const QStringList newest = HistoryProfile::rows(
-        QStringLiteral(
-            "SELECT visited_count, title, date FROM browser_history WHERE url = ? ORDER BY date DESC"),
-        { url });
-    QVERIFY(!newest.isEmpty());
-    const QStringList fields = newest.first().split(QLatin1Char('|'));
-    QCOMPARE(fields.at(0).toInt(), visitedCount);
-    QCOMPARE(fields.at(1), storedTitle);
-    QVERIFY(fields.at(2).toLongLong() >= before);
-    QVERIFY(fields.at(2).toLongLong() <= after);
-    // A day-old row is never touched by today's visit.
-    if (rowCount == 2 && priorUrl == url) {
-        QCOMPARE(newest.last().split(QLatin1Char('|')).at(0).toInt(), 1);
-        QCOMPARE(newest.last().split(QLatin1Char('|')).at(1), priorTitle);
+private slots:
+    void initTestCase()
+    {
+        // Local midnight must differ from UTC midnight for the per-day merge to be tested at all.
+        qputenv("TZ", "<+0545>-05:45");
+        tzset();
+        qRegisterMetaType<QList<Link>>("QList<Link>");
+        qRegisterMetaType<QList<Tab>>("QList<Tab>");
     }
-}
 
-void TestHistoryQueries::getHistory_data()
-{
-    QTest::addColumn<QString>("filter");
-    QTest::addColumn<qint64>("start"); // offset from the seeded day, or noBound
-    QTest::addColumn<qint64>("end");
-    QTest::addColumn<QStringList>("expected");
-
-    QTest::newRow("everything, newest first")
-        << QString() << noBound << noBound << QStringList { blogUrl, newsUrl, otherUrl, shopUrl, newsUrl };
-    QTest::newRow("start only") << QString() << qint64(2000) << noBound
-                                << QStringList { blogUrl, newsUrl, otherUrl, shopUrl };
-    QTest::newRow("end only") << QString() << noBound << qint64(3000)
-                              << QStringList { otherUrl, shopUrl, newsUrl };
-    QTest::newRow("both bounds, inclusive")
-        << QString() << qint64(2000) << qint64(4000) << QStringList { newsUrl, otherUrl, shopUrl };
-    QTest::newRow("empty range") << QString() << qint64(4500) << qint64(4600) << QStringList {};
-    // Text filters group by url: the news url comes once although visited twice.
-    QTest::newRow("filter on url or title")
-        << QStringLiteral("news") << noBound << noBound << QStringList { blogUrl, newsUrl };
-    QTest::newRow("filter on title only")
-        << QStringLiteral("digest") << noBound << noBound << QStringList { blogUrl };
-    QTest::newRow("filter is case-insensitive")
-        << QStringLiteral("SHOP") << noBound << noBound << QStringList { shopUrl };
-    QTest::newRow("filter without match")
-        << QStringLiteral("nothing") << noBound << noBound << QStringList {};
-    // The bounds restrict only the title match: a url match outside them still counts.
-    QTest::newRow("bounds do not restrict url matches")
-        << QStringLiteral("news") << qint64(4500) << noBound << QStringList { blogUrl, newsUrl };
-    QTest::newRow("bounds restrict title matches")
-        << QStringLiteral("digest") << noBound << qint64(4500) << QStringList {};
-    QTest::newRow("title match inside bounds")
-        << QStringLiteral("digest") << qint64(4500) << qint64(6000) << QStringList { blogUrl };
-}
-
-void TestHistoryQueries::getHistory()
-{
-    QFETCH(QString, filter);
-    QFETCH(qint64, start);
-    QFETCH(qint64, end);
-    QFETCH(QStringList, expected);
-
-    seedDay();
-    QVERIFY(HistoryProfile::exec(
-        QStringLiteral("INSERT INTO bookmark_node (title, url) VALUES ('Shop', ?)"), { shopUrl }));
-    const QDateTime startTime
-        = start == noBound ? QDateTime() : QDateTime::fromMSecsSinceEpoch(m_base + start);
-    const QDateTime endTime = end == noBound ? QDateTime() : QDateTime::fromMSecsSinceEpoch(m_base + end);
-
-    QSignalSpy spy(&m_profile->worker(), &DBWorker::historyAvailable);
-    m_profile->worker().getHistory(filter, startTime, endTime);
-    QCOMPARE(spy.count(), 1);
-    const QList<Link> links = spy.at(0).at(0).value<QList<Link>>();
-    QCOMPARE(urls(links), expected);
-    // The answer names the request it belongs to.
-    QCOMPARE(spy.at(0).at(1).toString(), filter);
-    QCOMPARE(spy.at(0).at(2).toDateTime(), startTime);
-    QCOMPARE(spy.at(0).at(3).toDateTime(), endTime);
-    for (const Link& link : links) {
-        QVERIFY(link.isValid);
-        QVERIFY(link.id > 0);
-        QCOMPARE(link.bookmarked, link.url == shopUrl);
-        const qint64 date = link.date.toMSecsSinceEpoch();
-        QVERIFY2(date > m_base && date <= m_base + 5000, qPrintable(link.date.toString()));
+    void init()
+    {
+        // The old profile goes first: it restores the environment the new one replaces.
+        m_worker.reset();
+        m_profile.reset();
+        m_profile = std::make_unique<TempProfile>();
+        m_worker = std::make_unique<DBWorker>();
+        w().init();
     }
-}
 
-void TestHistoryQueries::clearHistory_data()
-{
-    QTest::addColumn<QDateTime>("start");
-    QTest::addColumn<QDateTime>("end");
-    QTest::addColumn<QList<int>>("remaining"); // ids, ascending
-
-    const qint64 base = QDateTime(QDate(2023, 5, 10), QTime(8, 0)).toMSecsSinceEpoch();
-    auto at = [base](qint64 offset) { return QDateTime::fromMSecsSinceEpoch(base + offset); };
-    QTest::newRow("no bounds clears all") << QDateTime() << QDateTime() << QList<int> {};
-    QTest::newRow("from a time on") << at(3000) << QDateTime() << QList<int> { 1, 2 };
-    QTest::newRow("up to a time") << QDateTime() << at(3000) << QList<int> { 4, 5 };
-    QTest::newRow("between, inclusive") << at(2000) << at(4000) << QList<int> { 1, 5 };
-    // A start before 1970 is no bound at all, not a bound at 0.
-    QTest::newRow("start before the epoch is ignored")
-        << QDateTime(QDate(1960, 1, 1), QTime(0, 0), Qt::UTC) << at(2000) << QList<int> { 3, 4, 5 };
-}
-
-void TestHistoryQueries::clearHistory()
-{
-    QFETCH(QDateTime, start);
-    QFETCH(QDateTime, end);
-    QFETCH(QList<int>, remaining);
-
-    seedDay();
-    m_profile->worker().clearHistory(start, end);
-    QList<int> ids;
-    for (const QVariant& id :
-        HistoryProfile::column(QStringLiteral("SELECT id FROM browser_history ORDER BY id")))
-        ids.append(id.toInt());
-    QCOMPARE(ids, remaining);
-}
-
-void TestHistoryQueries::updateHistoryTitleChangesEveryDay()
-{
-    seedDay();
-    QSignalSpy spy(&m_profile->worker(), &DBWorker::historyTitleChanged);
-    m_profile->worker().updateHistoryTitle(newsUrl, QStringLiteral("Evening news"));
-    QCOMPARE(spy.count(), 1);
-    QCOMPARE(spy.at(0).at(0).toString(), newsUrl);
-    QCOMPARE(spy.at(0).at(1).toString(), QStringLiteral("Evening news"));
-    QCOMPARE(HistoryProfile::rows(QStringLiteral("SELECT id, title FROM browser_history ORDER BY id")),
-        (QStringList { QStringLiteral("1|Evening news"), QStringLiteral("2|Shop"), QStringLiteral("3|Other"),
-            QStringLiteral("4|Evening news"), QStringLiteral("5|news digest") }));
-}
-
-void TestHistoryQueries::mostVisited_data()
-{
-    QTest::addColumn<int>("count");
-    QTest::addColumn<QString>("removed");
-    QTest::addColumn<QStringList>("expected"); // titles
-
-    QTest::newRow("all") << 10 << QString()
-                         << QStringList { QStringLiteral("Beta"), QStringLiteral("Alpha"),
-                                QStringLiteral("Epsilon"), QStringLiteral("Gamma") };
-    QTest::newRow("limited") << 2 << QString()
-                             << QStringList { QStringLiteral("Beta"), QStringLiteral("Alpha") };
-    QTest::newRow("removed url leaves the tiles")
-        << 10 << QStringLiteral("https://b.example/")
-        << QStringList { QStringLiteral("Alpha"), QStringLiteral("Epsilon"), QStringLiteral("Gamma") };
-    QTest::newRow("removing a summed url clears all its days")
-        << 10 << QStringLiteral("https://a.example/")
-        << QStringList { QStringLiteral("Beta"), QStringLiteral("Epsilon"), QStringLiteral("Gamma") };
-}
-
-void TestHistoryQueries::mostVisited()
-{
-    QFETCH(int, count);
-    QFETCH(QString, removed);
-    QFETCH(QStringList, expected);
-
-    const qint64 now = QDateTime::currentMSecsSinceEpoch();
-    // Alpha: 2 + 1 over two days ties with Epsilon's 3; the tie goes by title.
-    HistoryProfile::insertHistory(
-        QStringLiteral("https://a.example/"), QStringLiteral("Alpha"), now - dayMs, 2);
-    HistoryProfile::insertHistory(
-        QStringLiteral("https://a.example/"), QStringLiteral("Alpha"), now - 1000, 1);
-    HistoryProfile::insertHistory(
-        QStringLiteral("https://b.example/"), QStringLiteral("Beta"), now - 3 * dayMs, 5);
-    // Only the visits of the last 30 days count.
-    HistoryProfile::insertHistory(
-        QStringLiteral("https://c.example/"), QStringLiteral("Gamma"), now - 40 * dayMs, 100);
-    HistoryProfile::insertHistory(
-        QStringLiteral("https://c.example/"), QStringLiteral("Gamma"), now - dayMs, 1);
-    HistoryProfile::insertHistory(
-        QStringLiteral("https://d.example/"), QStringLiteral("Delta"), now - 1000, 0);
-    HistoryProfile::insertHistory(
-        QStringLiteral("https://e.example/"), QStringLiteral("Epsilon"), now - 2000, 3);
-    QVERIFY(HistoryProfile::exec(QStringLiteral("INSERT INTO bookmark_node (title, url) VALUES ('E', ?)"),
-        { QStringLiteral("https://e.example/") }));
-
-    if (!removed.isEmpty())
-        m_profile->worker().removeMostVisitedLink(removed);
-
-    QSignalSpy spy(&m_profile->worker(), &DBWorker::mostVisitedLinksAvailable);
-    m_profile->worker().getMostVisitedLinks(count);
-    QCOMPARE(spy.count(), 1);
-    const QList<Link> links = spy.at(0).at(0).value<QList<Link>>();
-    QStringList titles;
-    for (const Link& link : links) {
-        titles.append(link.title);
-        QCOMPARE(link.bookmarked, link.title == QStringLiteral("Epsilon"));
+    void addHistoryEntry_data()
+    {
+        QTest::addColumn<QString>("prior"); // url:title:ms from local midnight:visits, seeded first
+        QTest::addColumn<QString>("titles"); // one visit of "a" per title
+        QTest::addColumn<QString>("rows"); // url|visited_count|title|dated by the visits
+        // clang-format off
+        QTest::newRow("first visit") << QString() << "A" << "a|1|A|1";
+        QTest::newRow("twice today") << QString() << "A,B" << "a|2|B|1";
+        QTest::newRow("row at local midnight merges") << "a:Old:0:1" << "New" << "a|2|New|1";
+        QTest::newRow("empty title keeps the stored one") << "a:Old:0:1" << "" << "a|2|Old|1";
+        QTest::newRow("row 1 ms before midnight stays") << "a:Old:-1:1" << "New" << "a|1|Old|0 a|1|New|1";
+        QTest::newRow("other url is not merged") << "b:Old:0:1" << "New" << "b|1|Old|0 a|1|New|1";
+        // clang-format on
     }
-    QCOMPARE(titles, expected);
 
-    // Leaving the tiles is not leaving the history.
-    QSignalSpy historySpy(&m_profile->worker(), &DBWorker::historyAvailable);
-    m_profile->worker().getHistory(QString(), QDateTime(), QDateTime());
-    QCOMPARE(historySpy.at(0).at(0).value<QList<Link>>().size(), 7);
-}
+    void addHistoryEntry()
+    {
+        QFETCH(QString, prior);
+        QFETCH(QString, titles);
+        QFETCH(QString, rows);
+        const qint64 before = QDateTime::currentMSecsSinceEpoch();
+        addHistory(prior, QDateTime(QDate::currentDate(), QTime(0, 0)).toMSecsSinceEpoch(), 1);
+        for (const QString& title : titles.split(QLatin1Char(',')))
+            w().addHistoryEntry(QStringLiteral("a"), title);
+        QCOMPARE(sql(QStringLiteral("SELECT url, visited_count, title, date >= ? FROM browser_history"),
+                     { before }),
+            rows);
+    }
+
+    void getAndClearHistory_data()
+    {
+        QTest::addColumn<QString>("filter");
+        QTest::addColumn<QDateTime>("start");
+        QTest::addColumn<QDateTime>("end");
+        QTest::addColumn<QString>("expected"); // urls, newest first
+        const QDateTime none;
+        // clang-format off
+        QTest::newRow("all, newest first") << QString() << none << none << "blog news other shop* news";
+        QTest::newRow("start") << QString() << at(2000) << none << "blog news other shop*";
+        QTest::newRow("end") << QString() << none << at(3000) << "other shop* news";
+        QTest::newRow("both bounds, inclusive") << QString() << at(2000) << at(4000) << "news other shop*";
+        QTest::newRow("end before 1970 is no bound")
+            << QString() << at(2000) << QDateTime::fromMSecsSinceEpoch(-dayMs) << "blog news other shop*";
+        QTest::newRow("url or title, one row per url") << "news" << none << none << "blog news";
+        QTest::newRow("case-insensitive") << "SHOP" << none << none << "shop*";
+        // AND binds tighter than OR: the bounds narrow only the title match.
+        QTest::newRow("bounds leave url matches") << "news" << at(4500) << none << "blog news";
+        QTest::newRow("bounds narrow title matches") << "digest" << none << at(4500) << "";
+        QTest::newRow("title match within bounds") << "digest" << at(4500) << at(6000) << "blog";
+        // clang-format on
+    }
+
+    void getAndClearHistory()
+    {
+        QFETCH(QString, filter);
+        QFETCH(QDateTime, start);
+        QFETCH(QDateTime, end);
+        QFETCH(QString, expected);
+        addHistory(QStringLiteral("news:Morning news:1:1,shop:Shop:2:1,other:Other:3:1,news:Morning news:4:1,"
+                                  "blog:news digest:5:1"),
+            base, 1000);
+        sql(QStringLiteral("INSERT INTO bookmark_node (title, url) VALUES ('S', 'shop')"));
+        QSignalSpy spy(&w(), &DBWorker::historyAvailable);
+        w().getHistory(filter, start, end);
+        QCOMPARE(spy.count(), 1);
+        QCOMPARE(join(spy[0][0]), expected);
+        QCOMPARE(spy[0].mid(1), (QVariantList { filter, start, end }));
+        QStringList listed;
+        for (const Link& link : spy[0][0].value<QList<Link>>()) {
+            QVERIFY(link.date >= at(1000) && link.date <= at(5000));
+            listed.append(QString::number(link.id));
+        }
+        if (!filter.isEmpty())
+            return;
+        // Clearing takes the same bounds: exactly the rows listed go.
+        w().clearHistory(start, end);
+        QCOMPARE(sql(QStringLiteral("SELECT COUNT(*), TOTAL(id IN (%1)) FROM browser_history")
+                         .arg(listed.join(QLatin1Char(',')))),
+            QStringLiteral("%1|0").arg(5 - listed.size()));
+    }
+
+    void mostVisited_data()
+    {
+        QTest::addColumn<int>("count");
+        QTest::addColumn<QString>("removed");
+        QTest::addColumn<QString>("expected"); // titles
+        QTest::newRow("summed per url, ties by title") << 10 << QString() << "Beta Alpha Epsilon* Gamma";
+        QTest::newRow("limited") << 2 << QString() << "Beta Alpha";
+        QTest::newRow("removal covers every day") << 10 << QStringLiteral("a") << "Beta Epsilon* Gamma";
+    }
+
+    void mostVisited()
+    {
+        QFETCH(int, count);
+        QFETCH(QString, removed);
+        QFETCH(QString, expected);
+        // Alpha's 2 + 1 ties Epsilon's 3; Gamma's 100 are older than 30 days; Delta has none.
+        addHistory(QStringLiteral("a:Alpha:1:2,a:Alpha:0:1,b:Beta:3:5,c:Gamma:40:100,c:Gamma:1:1,d:Delta:0:0,"
+                                  "e:Epsilon:0:3"),
+            QDateTime::currentMSecsSinceEpoch() - 1000, -dayMs);
+        sql(QStringLiteral("INSERT INTO bookmark_node (title, url) VALUES ('E', 'e')"));
+        if (!removed.isEmpty())
+            w().removeMostVisitedLink(removed);
+        QSignalSpy spy(&w(), &DBWorker::mostVisitedLinksAvailable);
+        w().getMostVisitedLinks(count);
+        QCOMPARE(spy.count(), 1);
+        QCOMPARE(join(spy[0][0], &Link::title), expected);
+        // Leaving the tiles is not leaving the history.
+        QCOMPARE(sql(QStringLiteral("SELECT COUNT(*) FROM browser_history")), QStringLiteral("7"));
+    }
+
+    void navigation_data()
+    {
+        // B back, F forward, N page "n" opened after dropping forward entries, R removal of entries 1 to 3
+        QTest::addColumn<QString>("moves");
+        QTest::addColumn<bool>("isPrivate");
+        QTest::addColumn<QString>("remaining");
+        // clang-format off
+        QTest::newRow("forward at the newest end") << "F" << false << "1a 2x 1b 2y* 1c*";
+        QTest::newRow("one back, past the other tab") << "B" << false << "1a 2x 1b* 2y* 1c";
+        QTest::newRow("back at the oldest end") << "BBBB" << false << "1a* 2x 1b 2y* 1c";
+        QTest::newRow("back and forward") << "BBF" << false << "1a 2x 1b* 2y* 1c";
+        QTest::newRow("forward past the newest") << "BBFFF" << false << "1a 2x 1b 2y* 1c*";
+        QTest::newRow("new page drops forward entries") << "BN" << false << "1a 2x 1b 2y* 1n*";
+        QTest::newRow("back after a new page") << "BBNB" << false << "1a* 2x 2y* 1n";
+        QTest::newRow("private back and forward") << "BBBF" << true << "1a 2x 1b* 2y* 1c";
+        QTest::newRow("private new page") << "BNB" << true << "1a 2x 1b* 2y* 1n";
+        QTest::newRow("removal spares other tabs") << "R" << false << "2x 2y* 1c*";
+        // clang-format on
+    }
+
+    void navigation()
+    {
+        QFETCH(QString, moves);
+        QFETCH(bool, isPrivate);
+        QFETCH(QString, remaining);
+        QSignalSpy added(&w(), &DBWorker::linkAddedToTabHistory);
+        visit(w(), QStringLiteral("1a,2x,1b,2y,1c"), isPrivate);
+        QCOMPARE(added.count(), 5);
+        for (const QChar move : moves) {
+            if (move == QLatin1Char('B')) {
+                w().goBack(1, isPrivate);
+            } else if (move == QLatin1Char('F')) {
+                w().goForward(1, isPrivate);
+            } else if (move == QLatin1Char('R')) {
+                w().removeTabHistoryEntries(1, { 1, 2, 3 }, isPrivate);
+            } else {
+                const QString shown
+                    = sql(QStringLiteral("SELECT tab_history_id FROM tab WHERE tab_id = 1"), {}, isPrivate);
+                w().clearDeprecatedTabHistory(1, shown.toInt(), isPrivate);
+                w().addToTabHistory(1, QStringLiteral("n"), QString(), isPrivate);
+            }
+        }
+        QCOMPARE(entries(isPrivate), remaining);
+        // Nothing reaches the other database.
+        QCOMPARE(entries(!isPrivate), QString());
+    }
+
+    void getTabHistory_data()
+    {
+        QTest::addColumn<QString>("filter");
+        QTest::addColumn<QDateTime>("start");
+        QTest::addColumn<QDateTime>("end");
+        QTest::addColumn<QString>("expected"); // urls, newest first; the tab shows b
+        const QDateTime none;
+        QTest::newRow("all, newest first") << QString() << none << none << "c b a";
+        QTest::newRow("url") << QStringLiteral("a") << none << none << "a";
+        QTest::newRow("title, of this tab only") << QStringLiteral("news") << none << none << "b a";
+        // Unlike the browsing history, the bounds narrow url and title matches alike.
+        QTest::newRow("filter and start") << QStringLiteral("news") << at(1500) << none << "b";
+        QTest::newRow("start") << QString() << at(3000) << none << "c b";
+        QTest::newRow("end") << QString() << none << at(3000) << "b a";
+        QTest::newRow("both bounds") << QString() << at(3500) << at(4500) << "c";
+    }
+
+    void getTabHistory()
+    {
+        QFETCH(QString, filter);
+        QFETCH(QDateTime, start);
+        QFETCH(QDateTime, end);
+        QFETCH(QString, expected);
+        visit(w(), QStringLiteral("1a:Front news,2x:news elsewhere,1b:News shop,1c:Other,2a:Second"), false);
+        w().goBack(1, false);
+        // Tab 2's visit of "a" shares the link row, which keeps the title it was created with.
+        QCOMPARE(sql(QStringLiteral("SELECT title FROM link WHERE url = 'a'")), QStringLiteral("Front news"));
+        QSignalSpy spy(&w(), &DBWorker::tabHistoryAvailable);
+        w().getTabHistory(1, filter, start, end, false);
+        QCOMPARE(spy.count(), 1);
+        QCOMPARE(spy[0][0].toInt(), 1);
+        QCOMPARE(join(spy[0][1]), expected);
+        const int shown = sql(QStringLiteral("SELECT tab_history_id FROM tab WHERE tab_id = 1")).toInt();
+        QCOMPARE(spy[0][2].toInt(), expected.contains(QLatin1Char('b')) ? shown : 0);
+        for (const Link& link : spy[0][1].value<QList<Link>>()) {
+            QCOMPARE(link.id == shown, link.url == QLatin1String("b"));
+            QCOMPARE(link.date, at(1000 * link.id));
+            QVERIFY(!link.title.isEmpty() && link.thumbnailPath.isEmpty());
+        }
+    }
+
+    void bookmarkedUrlsAreSplicedAsLiterals_data()
+    {
+        QTest::addColumn<QStringList>("bookmarks");
+        QTest::addColumn<bool>("isPrivate");
+        QTest::addColumn<QString>("expected"); // the tab's entries, newest first
+        QTest::newRow("no bookmarks") << QStringList() << false << "p%2%3 it's a";
+        QTest::newRow("quote and placeholders")
+            << QStringList { QStringLiteral("it's"), QStringLiteral("p%2%3") } << false << "p%2%3* it's* a";
+        QTest::newRow("injection attempt")
+            << QStringList { QStringLiteral("x') OR 1=1 OR link.url IN ('y") } << false << "p%2%3 it's a";
+        // Bookmarks live in the file but mark private entries too.
+        QTest::newRow("private tab") << QStringList { QStringLiteral("a"), QStringLiteral("it's") } << true
+                                     << "p%2%3 it's* a*";
+    }
+
+    void bookmarkedUrlsAreSplicedAsLiterals()
+    {
+        QFETCH(QStringList, bookmarks);
+        QFETCH(bool, isPrivate);
+        QFETCH(QString, expected);
+        QCOMPARE(sql(QStringLiteral("DELETE FROM bookmark_node")), QString());
+        for (const QString& url : bookmarks)
+            sql(QStringLiteral("INSERT INTO bookmark_node (title, url) VALUES ('b', ?)"), { url });
+        visit(w(), QStringLiteral("1a,1it's,1p%2%3"), isPrivate);
+        QSignalSpy spy(&w(), &DBWorker::tabHistoryAvailable);
+        w().getTabHistory(1, QString(), QDateTime(), QDateTime(), isPrivate);
+        QCOMPARE(spy.count(), 1);
+        QCOMPARE(join(spy[0][1]), expected);
+    }
+
+    void clearTabHistoryKeepsCurrentEntries_data()
+    {
+        QTest::addColumn<int>("tabId");
+        QTest::addColumn<QDateTime>("start");
+        QTest::addColumn<QDateTime>("end");
+        QTest::addColumn<bool>("isPrivate");
+        QTest::addColumn<QString>("remaining");
+        QTest::addColumn<QString>("reread"); // the open tab 2, read again unfiltered
+        // Tab 1 shows b, tab 2 shows y; the entries are dated 1000 (a) to 5000 (c).
+        const QDateTime none;
+        // clang-format off
+        QTest::newRow("one tab") << 1 << none << none << false << "2x 1b* 2y*" << "y x";
+        QTest::newRow("every tab") << -1 << none << none << false << "1b* 2y*" << "y";
+        QTest::newRow("one tab from a time on") << 1 << at(4500) << none << false << "1a 2x 1b* 2y*" << "y x";
+        QTest::newRow("every tab up to a time") << -1 << none << at(3000) << false << "1b* 2y* 1c" << "y";
+        QTest::newRow("every tab between") << -1 << at(1500) << at(3500) << false << "1a 1b* 2y* 1c" << "y";
+        QTest::newRow("private, one tab") << 1 << none << none << true << "2x 1b* 2y*" << "y x";
+        QTest::newRow("private, all up to a time") << -1 << none << at(3000) << true << "1b* 2y* 1c" << "y";
+        // clang-format on
+    }
+
+    void clearTabHistoryKeepsCurrentEntries()
+    {
+        QFETCH(int, tabId);
+        QFETCH(QDateTime, start);
+        QFETCH(QDateTime, end);
+        QFETCH(bool, isPrivate);
+        QFETCH(QString, remaining);
+        QFETCH(QString, reread);
+        visit(w(), QStringLiteral("1a,2x,1b,2y,1c"), isPrivate);
+        w().goBack(1, isPrivate);
+        QSignalSpy spy(&w(), &DBWorker::tabHistoryAvailable);
+        w().clearTabHistory(tabId, 2, start, end, isPrivate);
+        QCOMPARE(entries(isPrivate), remaining);
+        QCOMPARE(spy.count(), 1);
+        QCOMPARE(spy[0][0].toInt(), 2);
+        QCOMPARE(join(spy[0][1]), reread);
+    }
+
+    void titlesAndWarnings_data()
+    {
+        QTest::addColumn<QString>("operation");
+        QTest::addColumn<QString>("url");
+        QTest::addColumn<QString>("dropped"); // table dropped before the operation
+        QTest::addColumn<bool>("isPrivate");
+        QTest::addColumn<QString>("warning"); // start of the expected warning; none: the title changes
+        const QString none,
+            noLink = QStringLiteral("void DBWorker::updateTabHistoryTitle(int, const QString&, "
+                                    "const QString&, bool) No link found for tabId");
+        // clang-format off
+        QTest::newRow("title of the current entry") << "title" << "b" << none << false << none;
+        QTest::newRow("title of the current entry, private") << "title" << "b" << none << true << none;
+        QTest::newRow("title of an earlier entry") << "title" << "a" << none << false << noLink;
+        QTest::newRow("title of another tab's entry") << "title" << "x" << none << false << noLink;
+        QTest::newRow("visit without link table") << "visit" << "c" << "link" << true
+            << "void DBWorker::addToTabHistory(int, const QString&, const QString&, bool) failed to add url "
+               "to tab history";
+        QTest::newRow("entry rewrite without link table") << "entry" << "c" << "link" << true
+            << "void DBWorker::updateTabHistoryEntry(int, const QString&, const QString&, bool) Failed to "
+               "update tab history entry";
+        QTest::newRow("history title without history table") << "history" << "a" << "browser_history" << false
+            << "void DBWorker::updateHistoryTitle(const QString&, const QString&) Failed to add title to "
+               "browser history";
+        // clang-format on
+    }
+
+    void titlesAndWarnings()
+    {
+        QFETCH(QString, operation);
+        QFETCH(QString, url);
+        QFETCH(QString, dropped);
+        QFETCH(bool, isPrivate);
+        QFETCH(QString, warning);
+        visit(w(), QStringLiteral("1a:old,2x:old,1b:old"), isPrivate);
+        if (!dropped.isEmpty())
+            QCOMPARE(sql(QStringLiteral("DROP TABLE ") + dropped, {}, isPrivate), QString());
+        const QString tabsSql = QStringLiteral("SELECT *, (SELECT COUNT(*) FROM tab_history) FROM tab");
+        const QString titlesSql = QStringLiteral("SELECT url || title FROM link");
+        const QString tabs = sql(tabsSql, {}, isPrivate);
+        const QString titles = sql(titlesSql, {}, isPrivate);
+        QSignalSpy spies[]
+            = { { &w(), &DBWorker::tabHistoryTitleChanged }, { &w(), &DBWorker::linkAddedToTabHistory },
+                  { &w(), &DBWorker::tabHistoryEntryChanged }, { &w(), &DBWorker::historyTitleChanged } };
+        LogCapture log("browser.app.storage");
+        if (operation == QLatin1String("title"))
+            w().updateTabHistoryTitle(1, url, QStringLiteral("new"), isPrivate);
+        else if (operation == QLatin1String("visit"))
+            w().addToTabHistory(1, url, QString(), isPrivate);
+        else if (operation == QLatin1String("entry"))
+            w().updateTabHistoryEntry(1, url, QStringLiteral("new"), isPrivate);
+        else
+            w().updateHistoryTitle(url, QStringLiteral("new"));
+        const QStringList warnings = log.messages(QtWarningMsg);
+        QCOMPARE(warnings.value(warnings.size() - 1).left(warning.size()), warning);
+        QCOMPARE(warnings.isEmpty(), warning.isEmpty());
+        QCOMPARE(spies[0].count() + spies[1].count() + spies[2].count() + spies[3].count(),
+            warning.isEmpty() ? 1 : 0);
+        if (warning.isEmpty())
+            QCOMPARE(spies[0].value(0), (QVariantList { 1, url, QStringLiteral("new") }));
+        // No entry was added and every tab still shows the entry it showed.
+        QCOMPARE(sql(tabsSql, {}, isPrivate), tabs);
+        QCOMPARE(
+            sql(titlesSql, {}, isPrivate), warning.isEmpty() ? QStringLiteral("aold xold bnew") : titles);
+    }
+
+    void tabStrip_data()
+    {
+        QTest::addColumn<int>("existing");
+        QTest::addColumn<QList<int>>("added"); // none: the tab at the index is removed; index -1: all cleared
+        QTest::addColumn<int>("index");
+        QTest::addColumn<bool>("isPrivate");
+        QTest::addColumn<QString>("strip"); // tab:order_index
+        const QString threeAtTwo = QStringLiteral("1:0 2:1 10:2 11:3 12:4 3:5 4:6 5:7");
+        const QList<int> none;
+        // clang-format off
+        QTest::newRow("3 tabs at index 2") << 5 << QList<int> { 10, 11, 12 } << 2 << false << threeAtTwo;
+        QTest::newRow("3 at index 2, private") << 5 << QList<int> { 10, 11, 12 } << 2 << true << threeAtTwo;
+        QTest::newRow("at the end") << 3 << QList<int> { 10 } << 3 << false << "1:0 2:1 3:2 10:3";
+        QTest::newRow("at the front") << 2 << QList<int> { 10, 11 } << 0 << false << "10:0 11:1 1:2 2:3";
+        QTest::newRow("known tab is moved") << 3 << QList<int> { 3 } << 0 << false << "3:0 1:1 2:2";
+        QTest::newRow("remove the first") << 4 << none << 0 << false << "2:0 3:1 4:2";
+        QTest::newRow("remove from the middle") << 4 << none << 2 << false << "1:0 2:1 4:2";
+        QTest::newRow("remove the last") << 4 << none << 3 << false << "1:0 2:1 3:2";
+        QTest::newRow("remove from the middle, private") << 4 << none << 1 << true << "1:0 3:1 4:2";
+        QTest::newRow("clear") << 4 << none << -1 << false << "";
+        QTest::newRow("clear, private") << 4 << none << -1 << true << "";
+        // clang-format on
+    }
+
+    void tabStrip()
+    {
+        QFETCH(int, existing);
+        QFETCH(QList<int>, added);
+        QFETCH(int, index);
+        QFETCH(bool, isPrivate);
+        QFETCH(QString, strip);
+        openTabs(w(), existing, isPrivate);
+        openTabs(w(), 2, !isPrivate);
+        if (!added.isEmpty())
+            w().addTabs(added, index, {}, {}, isPrivate);
+        else if (index >= 0)
+            w().removeTab(index + 1, index, isPrivate);
+        else
+            w().clearTabs(isPrivate);
+        const QString stripSql
+            = QStringLiteral("SELECT tab_id || ':' || order_index FROM tab ORDER BY order_index");
+        QCOMPARE(sql(stripSql, {}, isPrivate), strip);
+        QCOMPARE(sql(stripSql, {}, !isPrivate), QStringLiteral("1:0 2:1"));
+        QCOMPARE(entries(!isPrivate), QStringLiteral("1t1* 2t2*"));
+        // A removed tab takes its back/forward list along.
+        QCOMPARE(sql(QStringLiteral("SELECT tab_id FROM tab_history EXCEPT SELECT tab_id FROM tab"), {},
+                     isPrivate),
+            QString());
+    }
+
+    void addTabsAndGetTabs()
+    {
+        // Stored after start-up, so only the file knows them.
+        sql(QStringLiteral("INSERT INTO device_modes (domain, device_mode) VALUES ('example.com', 2), "
+                           "('other.org', 1), ('private.example', 3)"));
+        QSignalSpy modes(&w(), &DBWorker::tabDeviceModeChanged);
+        // Internal pages are matched by their exact, case-sensitive prefixes and get no entry.
+        w().addTabs({ 3, 1, 2, 4, 5, 6, 7, 8 }, 0,
+            QStringLiteral(
+                "https://news.example.com/page https://other.org/ https://myexample.com/?s=news.example.com "
+                "https://zoom.example.net/ about:blank About:blank chrome://settings chrome-extension://abc/")
+                .split(QLatin1Char(' ')),
+            QStringLiteral("News Other Mine Zoom Five Six Seven Eight").split(QLatin1Char(' ')), false);
+        w().addTabs({ 9 }, 0, { QStringLiteral("https://private.example/") }, { QString() }, true);
+        QCOMPARE(entries(true), QStringLiteral("9https://private.example/*"));
+        // Every tab of a batch reports the batch's index, not its own position.
+        QCOMPARE(QList<QVariantList>(modes),
+            (QList<QVariantList> { { 0, 2, false }, { 0, 1, false }, { 0, 3, true } }));
+        w().addToTabHistory(4, QStringLiteral("https://later.example.org/"), QStringLiteral("Later"), false);
+        w().goBack(4, false);
+        w().setScreenshotTab(3, QStringLiteral("/shots/3.jpg"));
+        sql(QStringLiteral(
+            "INSERT INTO sites (id, site) VALUES (1, 'news.example.com'), (2, 'zoom.example.net'), "
+            "(3, 'unused.example')"));
+        sql(QStringLiteral("INSERT INTO site_dprs (site_id, dpr) VALUES (1, 1.5), (2, 0.75), (3, 3.0)"));
+        QSignalSpy spy(&w(), &DBWorker::tabsAvailable);
+        w().getTabs();
+        QCOMPARE(spy.count(), 1);
+        QStringList tabs;
+        for (const Tab& tab : spy[0][0].value<QList<Tab>>())
+            tabs.append(
+                QStringList { QString::number(tab.id), tab.url, tab.title, QString::number(tab.deviceMode),
+                    QString::number(tab.dpr), tab.screenshotPath, QString::number(tab.orderIndex) }
+                    .join(QLatin1Char('|')));
+        // Sites and modes match anywhere in the url; tabs without an entry and private tabs are not restored.
+        QCOMPARE(tabs.join(QLatin1Char(' ')),
+            QStringLiteral("3|https://news.example.com/page|News|2|1.5|/shots/3.jpg|0 "
+                           "1|https://other.org/|Other|1|-1||1 "
+                           "2|https://myexample.com/?s=news.example.com|Mine|2|1.5||2 "
+                           "4|https://zoom.example.net/|Zoom|-1|0.75||3 6|About:blank|Six|-1|-1||5 "
+                           "8|chrome-extension://abc/|Eight|-1|-1||7"));
+    }
+};
 
 QTEST_GUILESS_MAIN(TestHistoryQueries)
 #include "tst_historyqueries.moc"
