@@ -3,15 +3,33 @@
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QSqlRecord>
+#include <QtDebug>
 
-namespace
+#include <algorithm>
+
+QStringList sqlRows(const QSqlDatabase& db, const QString& sql, const QVariantList& values)
 {
-int probeCounter = 0;
+    QSqlQuery query(db);
+    query.setForwardOnly(true);
+    bool ok = query.prepare(sql);
+    for (const QVariant& v : values)
+        query.addBindValue(v);
+    if (!ok || !query.exec())
+        return { QStringLiteral("error: ") + query.lastError().text() };
+    QStringList result;
+    while (query.next()) {
+        QStringList columns;
+        for (int i = 0; i < query.record().count(); ++i)
+            columns << (query.isNull(i) ? QStringLiteral("NULL") : query.value(i).toString());
+        result << columns.join(QLatin1Char('|'));
+    }
+    return result;
 }
 
 DbFileProbe::DbFileProbe(const QString& path)
-    : m_name(QStringLiteral("dbfileprobe-%1").arg(++probeCounter))
 {
+    static int probeCounter = 0;
+    m_name = QStringLiteral("dbfileprobe-%1").arg(++probeCounter);
     QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_name);
     db.setDatabaseName(path);
     if (!db.open())
@@ -20,94 +38,22 @@ DbFileProbe::DbFileProbe(const QString& path)
 
 DbFileProbe::~DbFileProbe()
 {
-    {
-        QSqlDatabase db = QSqlDatabase::database(m_name, false);
-        db.close();
-    }
+    database().close();
     QSqlDatabase::removeDatabase(m_name);
-}
-
-bool DbFileProbe::isOpen() const
-{
-    return QSqlDatabase::database(m_name, false).isOpen();
 }
 
 bool DbFileProbe::exec(const QString& sql, const QVariantList& values)
 {
-    QSqlQuery query(QSqlDatabase::database(m_name, false));
-    if (!query.prepare(sql)) {
-        m_lastError = query.lastError().text() + QStringLiteral(" in ") + sql;
-        return false;
-    }
-    for (const QVariant& v : values)
-        query.addBindValue(v);
-    if (!query.exec()) {
-        m_lastError = query.lastError().text() + QStringLiteral(" in ") + sql;
-        return false;
-    }
-    return true;
+    const QString result = sqlRows(database(), sql, values).value(0);
+    if (!result.startsWith(QLatin1String("error: ")))
+        return true;
+    m_lastError = result + QStringLiteral(" in ") + sql;
+    qWarning().noquote() << m_lastError;
+    return false;
 }
 
-QList<QVariantList> DbFileProbe::rows(const QString& sql, const QVariantList& values)
+bool DbFileProbe::execAll(const QStringList& statements)
 {
-    QList<QVariantList> result;
-    QSqlQuery query(QSqlDatabase::database(m_name, false));
-    query.setForwardOnly(true);
-    if (!query.prepare(sql)) {
-        m_lastError = query.lastError().text() + QStringLiteral(" in ") + sql;
-        return result;
-    }
-    for (const QVariant& v : values)
-        query.addBindValue(v);
-    if (!query.exec()) {
-        m_lastError = query.lastError().text() + QStringLiteral(" in ") + sql;
-        return result;
-    }
-    while (query.next()) {
-        QVariantList row;
-        for (int i = 0; i < query.record().count(); ++i)
-            row.append(query.value(i));
-        result.append(row);
-    }
-    return result;
-}
-
-QVariantList DbFileProbe::column(const QString& sql, const QVariantList& values)
-{
-    QVariantList result;
-    for (const QVariantList& row : rows(sql, values))
-        result.append(row.value(0));
-    return result;
-}
-
-QVariant DbFileProbe::value(const QString& sql, const QVariantList& values)
-{
-    const QList<QVariantList> all = rows(sql, values);
-    return all.isEmpty() ? QVariant() : all.first().value(0);
-}
-
-QStringList DbFileProbe::tables()
-{
-    QStringList names;
-    for (const QVariant& v : column(QStringLiteral("SELECT name FROM sqlite_master WHERE type = 'table' "
-                                                   "AND name NOT LIKE 'sqlite_%' ORDER BY name;")))
-        names.append(v.toString());
-    return names;
-}
-
-QStringList DbFileProbe::indexes()
-{
-    QStringList names;
-    for (const QVariant& v : column(QStringLiteral("SELECT name FROM sqlite_master WHERE type = 'index' "
-                                                   "AND name NOT LIKE 'sqlite_%' ORDER BY name;")))
-        names.append(v.toString());
-    return names;
-}
-
-QStringList DbFileProbe::columns(const QString& table)
-{
-    QStringList names;
-    for (const QVariantList& row : rows(QStringLiteral("PRAGMA table_info(%1);").arg(table)))
-        names.append(row.value(1).toString());
-    return names;
+    return std::all_of(
+        statements.begin(), statements.end(), [this](const QString& sql) { return exec(sql); });
 }

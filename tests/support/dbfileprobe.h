@@ -1,36 +1,34 @@
 #pragma once
 
-#include <QList>
 #include <QSqlDatabase>
-#include <QString>
 #include <QStringList>
 #include <QVariant>
 
+// Every row of a query, its columns joined by "|" and NULL written "NULL", so that
+// a whole result compares in one QCOMPARE. A failure is a single "error: ..." row.
+QStringList sqlRows(const QSqlDatabase& db, const QString& sql, const QVariantList& values = {});
+
 // A direct look into an SQLite file from a test, on a connection of its own,
-// independent of the code under test. Failures return empty results and keep
-// the driver's message in lastError() so that a test can print it.
+// independent of the code under test.
 class DbFileProbe
 {
 public:
     explicit DbFileProbe(const QString& path);
     ~DbFileProbe();
-    DbFileProbe(const DbFileProbe&) = delete;
-    DbFileProbe& operator=(const DbFileProbe&) = delete;
 
-    bool isOpen() const;
+    QSqlDatabase database() const { return QSqlDatabase::database(m_name, false); }
+    bool isOpen() const { return database().isOpen(); }
+    // The first row as text; invalid when there is none.
+    QVariant value(const QString& sql)
+    {
+        const QStringList r = sqlRows(database(), sql);
+        return r.isEmpty() ? QVariant() : r.first();
+    }
+    // Runs one statement; false, with a warning naming it and lastError() set, on failure.
     bool exec(const QString& sql, const QVariantList& values = {});
-    // Every row of a query, each as the list of its columns.
-    QList<QVariantList> rows(const QString& sql, const QVariantList& values = {});
-    // The first column of every row.
-    QVariantList column(const QString& sql, const QVariantList& values = {});
-    // The first column of the first row; invalid when there is none.
-    QVariant value(const QString& sql, const QVariantList& values = {});
-    // User tables and indexes (SQLite's own bookkeeping left out), sorted.
-    QStringList tables();
-    QStringList indexes();
-    // Column names of a table, in table order.
-    QStringList columns(const QString& table);
     QString lastError() const { return m_lastError; }
+    // Runs statements in order up to the first failure.
+    bool execAll(const QStringList& statements);
 
 private:
     QString m_name;

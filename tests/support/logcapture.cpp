@@ -17,10 +17,9 @@ void handler(QtMsgType type, const QMessageLogContext& context, const QString& m
     if (context.category && capturedCategory == context.category) {
         QMutexLocker lock(&mutex);
         captured.append({ type, message });
-        return;
-    }
-    if (previous)
+    } else if (previous) {
         previous(type, context, message);
+    }
 }
 } // namespace
 
@@ -35,44 +34,15 @@ LogCapture::LogCapture(const char* category)
 LogCapture::~LogCapture()
 {
     qInstallMessageHandler(previous);
-    QMutexLocker lock(&mutex);
-    capturedCategory.clear();
-    captured.clear();
-    previous = nullptr;
 }
 
-QStringList LogCapture::messages() const
+QStringList LogCapture::filtered(int type, const QString& prefix)
 {
     QMutexLocker lock(&mutex);
     QStringList result;
-    for (const auto& m : captured)
-        result.append(m.second);
-    return result;
-}
-
-QStringList LogCapture::messages(QtMsgType type) const
-{
-    QMutexLocker lock(&mutex);
-    QStringList result;
-    for (const auto& m : captured) {
-        if (m.first == type)
-            result.append(m.second);
+    for (const auto& m : qAsConst(captured)) {
+        if ((type < 0 || m.first == type) && m.second.startsWith(prefix))
+            result << m.second;
     }
     return result;
-}
-
-QStringList LogCapture::startingWith(const QString& prefix) const
-{
-    QStringList result;
-    for (const QString& m : messages()) {
-        if (m.startsWith(prefix))
-            result.append(m);
-    }
-    return result;
-}
-
-void LogCapture::clear()
-{
-    QMutexLocker lock(&mutex);
-    captured.clear();
 }
