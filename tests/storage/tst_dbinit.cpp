@@ -58,7 +58,7 @@ void TestDbInit::newFileHasSchemaDefaultsAndWal()
     QCOMPARE(db.column(QStringLiteral("SELECT db_version FROM metadata;")),
         QVariantList({ QStringLiteral("2.1.0.5") }));
     QCOMPARE(db.value(QStringLiteral("PRAGMA journal_mode;")).toString(), QStringLiteral("wal"));
-    QVERIFY(db.indexes().contains(QStringLiteral("browser_history_url_date")));
+    QVERIFY(db.indexes().contains(QStringLiteral("browser_history_url_date_title_visited_count")));
     QVERIFY(db.indexes().contains(QStringLiteral("tab_history_tab_id")));
 
     const QList<QVariantList> nodes
