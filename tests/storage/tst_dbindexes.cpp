@@ -64,13 +64,6 @@ void TestDbIndexes::startLeavesTheCurrentSet_data()
                QStringLiteral("CREATE INDEX bookmark_structure_descendant_depth ON bookmark_structure "
                               "(descendant, depth)"),
                QStringLiteral("CREATE INDEX bookmark_structure_ancestor ON bookmark_structure (ancestor)") });
-    QTest::newRow("no index at all") << QStringList(
-        { QStringLiteral("DROP INDEX browser_history_url_date_title_visited_count"),
-            QStringLiteral("DROP INDEX browser_history_date"),
-            QStringLiteral("DROP INDEX tab_history_tab_id"), QStringLiteral("DROP INDEX link_url"),
-            QStringLiteral("DROP INDEX bookmark_structure_descendant_depth_ancestor"),
-            QStringLiteral("DROP INDEX bookmark_structure_ancestor_descendant"),
-            QStringLiteral("DROP INDEX bookmark_node_url"), QStringLiteral("DROP INDEX favicons_date") });
 }
 
 void TestDbIndexes::startLeavesTheCurrentSet()
