@@ -1,16 +1,19 @@
 // Read paths of the history page and of tab restore, on profiles of growing size:
-// getHistory with a text filter, and getTabs with its substring joins.
+// getHistory with a text filter, getMostVisitedLinks, and getTabs with its
+// substring joins.
 //
-// Usage: bench_historyreads [--runs N] [--indexes none|covering]
+// Usage: bench_historyreads [--runs N] [--indexes none|url-date|url-date-title|url-date-title-count]
 //   Measures against the indexes that start-up creates. "--indexes none" drops
-//   the history, tab history and link indexes first; "--indexes covering"
-//   replaces browser_history(url, date) by browser_history(url, date, title).
+//   the history, tab history and link indexes first; the other variants put a
+//   browser_history index on the columns named in place of the one on url
+//   that start-up creates.
 
 #include "storage/dbworker.h"
 #include "support/tempprofile.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QLoggingCategory>
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
@@ -44,16 +47,35 @@ bool run(const QString& sql)
 
 QString indexSet;
 
+// The history index on url that start-up creates, whatever its columns.
+QStringList urlIndexes()
+{
+    QSqlQuery query(QSqlDatabase::database());
+    query.exec(QStringLiteral("SELECT name FROM sqlite_master WHERE type = 'index' AND tbl_name = "
+                              "'browser_history' AND name LIKE 'browser_history_url%'"));
+    QStringList names;
+    while (query.next())
+        names.append(query.value(0).toString());
+    return names;
+}
+
 void adjustIndexes()
 {
+    const QMap<QString, QString> variants = {
+        { QStringLiteral("url-date"), QStringLiteral("(url, date)") },
+        { QStringLiteral("url-date-title"), QStringLiteral("(url, date, title)") },
+        { QStringLiteral("url-date-title-count"), QStringLiteral("(url, date, title, visited_count)") },
+    };
     if (indexSet == QLatin1String("none")) {
-        for (const char* name :
-            { "browser_history_url_date", "browser_history_date", "tab_history_tab_id", "link_url" })
+        for (const QString& name : urlIndexes())
+            run(QStringLiteral("DROP INDEX %1").arg(name));
+        for (const char* name : { "browser_history_date", "tab_history_tab_id", "link_url" })
             run(QStringLiteral("DROP INDEX IF EXISTS %1").arg(QLatin1String(name)));
-    } else if (indexSet == QLatin1String("covering")) {
-        run(QStringLiteral("DROP INDEX IF EXISTS browser_history_url_date"));
-        run(QStringLiteral(
-            "CREATE INDEX browser_history_url_date_title ON browser_history (url, date, title)"));
+    } else if (variants.contains(indexSet)) {
+        for (const QString& name : urlIndexes())
+            run(QStringLiteral("DROP INDEX %1").arg(name));
+        run(QStringLiteral("CREATE INDEX bench_history_url ON browser_history %1")
+                .arg(variants.value(indexSet)));
     }
 }
 
@@ -182,7 +204,12 @@ void report(const QString& label, const Figure& figure, int runs)
     out.flush();
 }
 
-Figure historyFigure(int rows, int runs)
+struct HistoryFigures {
+    Figure filtered;
+    Figure mostVisited;
+};
+
+HistoryFigures historyFigures(int rows, int runs)
 {
     TempProfile profile;
     auto worker = std::make_unique<DBWorker>();
@@ -192,13 +219,22 @@ Figure historyFigure(int rows, int runs)
     int count = 0;
     QObject::connect(worker.get(), &DBWorker::historyAvailable,
         [&count](const QList<Link>& links) { count = links.size(); });
-    const Figure figure = measure(runs, [&]() {
+    QObject::connect(worker.get(), &DBWorker::mostVisitedLinksAvailable,
+        [&count](const QList<Link>& links) { count = links.size(); });
+    HistoryFigures figures;
+    figures.filtered = measure(runs, [&]() {
         count = -1;
         worker->getHistory(QStringLiteral("news"), QDateTime(), QDateTime());
         return count;
     });
-    report(QStringLiteral("getHistory(\"news\") over %1 rows").arg(rows), figure, runs);
-    return figure;
+    report(QStringLiteral("getHistory(\"news\") over %1 rows").arg(rows), figures.filtered, runs);
+    figures.mostVisited = measure(runs, [&]() {
+        count = -1;
+        worker->getMostVisitedLinks(8);
+        return count;
+    });
+    report(QStringLiteral("getMostVisitedLinks(8) over %1 rows").arg(rows), figures.mostVisited, runs);
+    return figures;
 }
 
 Figure tabsFigure(int tabs, int entries, int sites, int runs)
@@ -235,11 +271,14 @@ int main(int argc, char** argv)
     if (indexesAt >= 0 && indexesAt + 1 < args.size())
         indexSet = args.at(indexesAt + 1);
     out << "indexes: " << (indexSet.isEmpty() ? QStringLiteral("as created at start-up") : indexSet) << '\n';
+    QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false\nbrowser.app.*.info=false"));
 
-    const Figure small = historyFigure(2000, runs);
-    const Figure large = historyFigure(100000, runs);
+    const HistoryFigures small = historyFigures(2000, runs);
+    const HistoryFigures large = historyFigures(100000, runs);
     out << QStringLiteral("getHistory growth: 50x rows -> %1x time\n")
-               .arg(large.medianMs / small.medianMs, 0, 'f', 1);
+               .arg(large.filtered.medianMs / small.filtered.medianMs, 0, 'f', 1);
+    out << QStringLiteral("getMostVisitedLinks growth: 50x rows -> %1x time\n")
+               .arg(large.mostVisited.medianMs / small.mostVisited.medianMs, 0, 'f', 1);
 
     const Figure fewTabs = tabsFigure(20, 20, 100, runs);
     const Figure fewSites = tabsFigure(200, 20, 100, runs);

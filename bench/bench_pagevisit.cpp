@@ -1,14 +1,19 @@
 // A page visit recorded end to end, as the browser records it: the GUI thread
 // queues addHistoryEntry and addToTabHistory through DBManager and waits until
-// linkAddedToTabHistory comes back. One visit at a time, on a fresh profile,
-// with the same URLs as the raw sqlite3 baseline (bench_pagevisit_raw).
+// linkAddedToTabHistory comes back. Two measures: serial, one visit at a time,
+// each waited for (the latency of a visit), and pipelined, all visits queued
+// back to back and timed until the last signal, divided by their number (the
+// throughput while the user browses). The URLs are those of the raw sqlite3
+// baseline (bench_pagevisit_raw).
 //
-// Two more lines split the figure up: the same visits run by a DBWorker on the
-// calling thread (the cost of Qt SQL without the thread), and the bare round
-// trip between two threads through a condition variable (the floor of any
-// hand-over to a worker thread on this machine).
+// Further lines split and frame the figure: the same visits run by a DBWorker
+// on the calling thread (Qt SQL without the thread), the bare round trip
+// between two threads through a condition variable (the floor of any hand-over
+// to a worker thread on this machine), and the same visits through a storage
+// thread set up like DBManager's with WAL and with SQLite's default rollback
+// journal (journal_mode=DELETE, synchronous=FULL), which the browser never runs.
 //
-//   bench_pagevisit [visits]      (default 2000)
+//   bench_pagevisit [visits] [rollback visits]      (defaults 2000 and 200)
 
 #include "storage/dbmanager.h"
 #include "storage/dbworker.h"
@@ -19,7 +24,11 @@
 #include <QEventLoop>
 #include <QLoggingCategory>
 #include <QSettings>
+#include <QSqlDatabase>
+#include <QSqlQuery>
 #include <QTextStream>
+#include <QThread>
+#include <QVariant>
 
 #include <algorithm>
 #include <condition_variable>
@@ -100,6 +109,105 @@ void threadRoundTrip(int rounds)
                         << QString::number(us[us.size() / 2], 'f', 1) << " us\n";
 }
 
+// A storage thread set up the way DBManager sets up its own (worker moved to
+// the thread, init queued first, requests queued by name), for the journal
+// variant that DBManager has no switch for.
+class StorageThread
+{
+public:
+    explicit StorageThread(bool rollbackJournal)
+        : m_worker(new DBWorker)
+    {
+        m_worker->moveToThread(&m_thread);
+        QObject::connect(&m_thread, &QThread::finished, m_worker, &QObject::deleteLater);
+        m_thread.start();
+        QMetaObject::invokeMethod(m_worker, "init", Qt::QueuedConnection);
+        if (rollbackJournal) {
+            QMetaObject::invokeMethod(
+                m_worker,
+                [] {
+                    // On the storage thread, on the worker's own connection to the file.
+                    QSqlQuery pragma(QSqlDatabase::database());
+                    if (!pragma.exec(QStringLiteral("PRAGMA journal_mode=DELETE")) || !pragma.next()
+                        || pragma.value(0).toString() != QLatin1String("delete"))
+                        qFatal("the file did not leave WAL mode");
+                    pragma.finish();
+                    pragma.exec(QStringLiteral("PRAGMA synchronous=FULL"));
+                },
+                Qt::QueuedConnection);
+        }
+    }
+    ~StorageThread()
+    {
+        QMetaObject::invokeMethod(
+            m_worker, [] { QThread::currentThread()->quit(); }, Qt::QueuedConnection);
+        m_thread.wait();
+    }
+
+    DBWorker* worker() const { return m_worker; }
+    void addHistoryEntry(const QString& url, const QString& title)
+    {
+        QMetaObject::invokeMethod(
+            m_worker, "addHistoryEntry", Qt::QueuedConnection, Q_ARG(QString, url), Q_ARG(QString, title));
+    }
+    void addToTabHistory(int tabId, const QString& url, const QString& title, bool isPrivate)
+    {
+        QMetaObject::invokeMethod(m_worker, "addToTabHistory", Qt::QueuedConnection, Q_ARG(int, tabId),
+            Q_ARG(QString, url), Q_ARG(QString, title), Q_ARG(bool, isPrivate));
+    }
+    void getTabs() { QMetaObject::invokeMethod(m_worker, "getTabs", Qt::QueuedConnection); }
+
+private:
+    QThread m_thread;
+    DBWorker* m_worker;
+};
+
+// Serial, then pipelined, visits through a storage thread. source carries
+// linkAddedToTabHistory and tabsAvailable back to this thread; storage takes the requests.
+template <typename Source, typename Storage>
+void measureThread(const QString& what, Source* source, Storage* storage, int visits)
+{
+    QEventLoop loop;
+    int received = 0;
+    int target = 0;
+    const auto added = QObject::connect(source, &Source::linkAddedToTabHistory, &loop, [&] {
+        if (++received >= target)
+            loop.quit();
+    });
+    const auto ready = QObject::connect(source, &Source::tabsAvailable, &loop, &QEventLoop::quit);
+    storage->getTabs(); // answers once init has run
+    loop.exec();
+    QObject::disconnect(ready);
+
+    auto queueVisit = [storage](int i) {
+        const QString url = visitUrl(i);
+        const QString title = QStringLiteral("Page %1").arg(i);
+        storage->addHistoryEntry(url, title);
+        storage->addToTabHistory(1 + i % 10, url, title, false);
+    };
+
+    measure(qPrintable(what + QStringLiteral(", serial")), visits, [&](int i) {
+        target = received + 1;
+        queueVisit(i);
+        loop.exec();
+    });
+
+    // New pages again, in the same mix: the serial run has seen visits 0 .. visits - 1.
+    QElapsedTimer total;
+    total.start();
+    target = received + visits;
+    for (int i = visits; i < 2 * visits; ++i)
+        queueVisit(i);
+    const double queuedUs = total.nsecsElapsed() / 1e3;
+    loop.exec();
+    const double totalUs = total.nsecsElapsed() / 1e3;
+    QTextStream(stdout) << what << ", pipelined: " << visits << " visits queued at once, "
+                        << QString::number(totalUs / visits, 'f', 1) << " us per visit (queueing took "
+                        << QString::number(queuedUs / 1e3, 'f', 1) << " ms of "
+                        << QString::number(totalUs / 1e3, 'f', 1) << " ms)\n";
+    QObject::disconnect(added);
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -109,6 +217,8 @@ int main(int argc, char** argv)
     QCoreApplication::setApplicationName(QStringLiteral("webdeck"));
     QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false\nbrowser.app.*.info=false"));
     const int visits = argc > 1 ? QByteArray(argv[1]).toInt() : 2000;
+    const int rollbackVisits = argc > 2 ? QByteArray(argv[2]).toInt() : 200;
+    qRegisterMetaType<QList<Tab>>("QList<Tab>"); // DBManager registers it for itself
 
     threadRoundTrip(5000);
 
@@ -125,22 +235,19 @@ int main(int argc, char** argv)
         });
     }
 
+    for (const bool rollback : { false, true }) {
+        TempProfile profile;
+        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, profile.path());
+        StorageThread storage(rollback);
+        measureThread(rollback ? QStringLiteral("storage thread, DELETE journal + synchronous=FULL")
+                               : QStringLiteral("storage thread, WAL + synchronous=NORMAL"),
+            storage.worker(), &storage, rollback ? rollbackVisits : visits);
+    }
+
     TempProfile profile;
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, profile.path());
     DBManager* manager = DBManager::instance();
-    QEventLoop loop;
-    QObject::connect(manager, &DBManager::linkAddedToTabHistory, &loop, &QEventLoop::quit);
-    QObject::connect(manager, &DBManager::tabsAvailable, &loop, &QEventLoop::quit);
-    manager->getTabs(); // answers once init has run
-    loop.exec();
-
-    measure("DBManager end to end", visits, [&](int i) {
-        const QString url = visitUrl(i);
-        const QString title = QStringLiteral("Page %1").arg(i);
-        manager->addHistoryEntry(url, title);
-        manager->addToTabHistory(1 + i % 10, url, title, false);
-        loop.exec();
-    });
+    measureThread(QStringLiteral("DBManager end to end"), manager, manager, visits);
     manager->shutdown();
     return 0;
 }

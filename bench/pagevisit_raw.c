@@ -31,7 +31,8 @@ static const char* const schema[] = {
     "favorite_icon TEXT, visited_count INTEGER DEFAULT 1, date INTEGER);",
     "CREATE TABLE IF NOT EXISTS tab_history (id INTEGER PRIMARY KEY AUTOINCREMENT, tab_id INTEGER, link_id INTEGER, "
     "date INTEGER);",
-    "CREATE INDEX IF NOT EXISTS browser_history_url_date ON browser_history (url, date);",
+    "CREATE INDEX IF NOT EXISTS browser_history_url_date_title_visited_count ON browser_history (url, date, title, "
+    "visited_count);",
     "CREATE INDEX IF NOT EXISTS browser_history_date ON browser_history (date);",
     "CREATE INDEX IF NOT EXISTS tab_history_tab_id ON tab_history (tab_id);",
     "CREATE INDEX IF NOT EXISTS link_url ON link (url);",

@@ -59,7 +59,7 @@ void DBWorker::runMigrations(const QString& storedVersion)
     // Runs the statements of one step in order and stops at the first failure.
     auto runStep = [this](const QStringList& statements) {
         for (const QString& sql : statements) {
-            QSqlQuery query = prepare(sql, false);
+            auto query = prepare(sql, false);
             if (!execute(query))
                 return false;
         }
@@ -105,7 +105,7 @@ void DBWorker::runMigrations(const QString& storedVersion)
             migrationError.arg(QStringLiteral("1.260/2.0.4")));
     }
     if (belowDual(stored, QVersionNumber(1, 276), QVersionNumber(2, 0, 5))) {
-        QSqlQuery query = prepare(QStringLiteral("UPDATE search_engines SET url = ? WHERE url = ?;"), false);
+        auto query = prepare(QStringLiteral("UPDATE search_engines SET url = ? WHERE url = ?;"), false);
         query.addBindValue(yandexUrl);
         query.addBindValue(yandexOldUrl);
         if (!execute(query))
@@ -174,7 +174,7 @@ void DBWorker::moveSiteDataToSiteIds()
             QStringLiteral("table site_dprs_temp rename") },
     };
     for (const auto& statement : statements) {
-        QSqlQuery query = prepare(statement.first, false);
+        auto query = prepare(statement.first, false);
         if (!execute(query))
             qCInfo(lcMigration).noquote() << prefix + statement.second;
     }
@@ -182,7 +182,7 @@ void DBWorker::moveSiteDataToSiteIds()
 
 bool DBWorker::fixAceHosts(const QString& table, const QString& keyColumn, const QString& valueColumn)
 {
-    QSqlQuery select = prepare(
+    auto select = prepare(
         QStringLiteral("SELECT %1, %2 FROM %3 WHERE %2 LIKE '%xn--%';").arg(keyColumn, valueColumn, table),
         false);
     if (!execute(select))
@@ -195,7 +195,7 @@ bool DBWorker::fixAceHosts(const QString& table, const QString& keyColumn, const
     if (rows.isEmpty())
         return true;
 
-    QSqlQuery update = prepare(
+    auto update = prepare(
         QStringLiteral("UPDATE %1 SET %2 = ? WHERE %3 = ?;").arg(table, valueColumn, keyColumn), false);
     bool ok = true;
     for (const auto& row : rows) {
@@ -220,10 +220,10 @@ bool DBWorker::fixAceHosts(const QString& table, const QString& keyColumn, const
 
 void DBWorker::insertDefaultRows()
 {
-    QSqlQuery bookmarks = prepare(QStringLiteral("SELECT COUNT(*) FROM bookmark_node;"), false);
+    auto bookmarks = prepare(QStringLiteral("SELECT COUNT(*) FROM bookmark_node;"), false);
     if (execute(bookmarks) && bookmarks.next() && bookmarks.value(0).toInt() == 0) {
         bookmarks.finish();
-        QSqlQuery nodes
+        auto nodes
             = prepare(QStringLiteral("INSERT INTO bookmark_node (id, title, url) VALUES (0, NULL, NULL), "
                                      "(1, 'Bookmarks', NULL), (2, 'Quick access', NULL), "
                                      "(3, ?, ?), (4, ?, ?);"),
@@ -235,22 +235,20 @@ void DBWorker::insertDefaultRows()
         nodes.addBindValue(qtTrId("browser-la-orvane_os"));
         nodes.addBindValue(QStringLiteral("https://orvaneos.ru/"));
         execute(nodes);
-        QSqlQuery structure
-            = prepare(QStringLiteral("INSERT INTO bookmark_structure VALUES (0, 1, 1), (0, 2, 1), "
-                                     "(2, 3, 1), (2, 4, 1), (0, 3, 2), (0, 4, 2);"),
-                false);
+        auto structure = prepare(QStringLiteral("INSERT INTO bookmark_structure VALUES (0, 1, 1), (0, 2, 1), "
+                                                "(2, 3, 1), (2, 4, 1), (0, 3, 2), (0, 4, 2);"),
+            false);
         execute(structure);
     }
 
-    QSqlQuery engines = prepare(QStringLiteral("SELECT COUNT(*) FROM search_engines;"), false);
+    auto engines = prepare(QStringLiteral("SELECT COUNT(*) FROM search_engines;"), false);
     if (execute(engines) && engines.next() && engines.value(0).toInt() == 0) {
         engines.finish();
-        QSqlQuery insert
-            = prepare(QStringLiteral("INSERT INTO search_engines (id, name, url, editable) VALUES "
-                                     "(0, 'DuckDuckGo', 'https://duckduckgo.com/?q=%s', FALSE), "
-                                     "(1, 'Google', 'https://www.google.com/search?q=%s', FALSE), "
-                                     "(2, ?, ?, FALSE);"),
-                false);
+        auto insert = prepare(QStringLiteral("INSERT INTO search_engines (id, name, url, editable) VALUES "
+                                             "(0, 'DuckDuckGo', 'https://duckduckgo.com/?q=%s', FALSE), "
+                                             "(1, 'Google', 'https://www.google.com/search?q=%s', FALSE), "
+                                             "(2, ?, ?, FALSE);"),
+            false);
         //% "Yandex"
         insert.addBindValue(qtTrId("browser-la-yandex"));
         insert.addBindValue(yandexUrl);
@@ -268,7 +266,7 @@ void DBWorker::seedPrivateDatabase()
         QStringLiteral("DETACH DATABASE main_db;"),
     };
     for (const QString& sql : statements) {
-        QSqlQuery query = prepare(sql, true);
+        auto query = prepare(sql, true);
         execute(query);
     }
 }
@@ -276,25 +274,23 @@ void DBWorker::seedPrivateDatabase()
 void DBWorker::trimOldData()
 {
     QSettings settings;
-    QSqlQuery history = prepare(QStringLiteral("DELETE FROM browser_history WHERE id NOT IN (SELECT id from "
-                                               "browser_history ORDER BY date DESC LIMIT ? );"),
+    auto history = prepare(QStringLiteral("DELETE FROM browser_history WHERE id NOT IN (SELECT id from "
+                                          "browser_history ORDER BY date DESC LIMIT ? );"),
         false);
     history.addBindValue(settings.value(QStringLiteral("max_browser_history_size"), 2000).toInt());
     if (!execute(history))
         qCWarning(lcStorage) << "Failed to clear older history items";
 
-    QSqlQuery favicons
-        = prepare(QStringLiteral("DELETE FROM favicons WHERE base_url NOT IN (SELECT base_url from "
-                                 "favicons ORDER BY date DESC LIMIT ? );"),
-            false);
+    auto favicons = prepare(QStringLiteral("DELETE FROM favicons WHERE base_url NOT IN (SELECT base_url from "
+                                           "favicons ORDER BY date DESC LIMIT ? );"),
+        false);
     favicons.addBindValue(settings.value(QStringLiteral("max_browser_favicons_size"), 10000).toInt());
     if (!execute(favicons))
         qCWarning(lcStorage) << "Failed to clear older favicon items";
 
-    QSqlQuery sites
-        = prepare(QStringLiteral("DELETE FROM sites WHERE id NOT IN (SELECT site_id FROM permissions) "
-                                 "AND id NOT IN (SELECT site_id FROM site_dprs);"),
-            false);
+    auto sites = prepare(QStringLiteral("DELETE FROM sites WHERE id NOT IN (SELECT site_id FROM permissions) "
+                                        "AND id NOT IN (SELECT site_id FROM site_dprs);"),
+        false);
     if (!execute(sites))
         qCWarning(lcStorage) << "Failed to clear unnecessary sites";
 }

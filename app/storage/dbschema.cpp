@@ -51,20 +51,29 @@ const QVector<TableSchema> tables = {
     { QStringLiteral("metadata"), { QStringLiteral("db_version TEXT") } },
 };
 
-// Each serves statements run on every page visit or at every start:
-// the per-day history merge and the most-visited grouping (url, date), the
-// history list and its trim (date), tab history reads and deletions (tab_id),
-// link reuse (url), the bookmark closure walks in both directions, the
-// "bookmarked" test (bookmark_node url) and the favicon trim (date).
+// Each serves statements run on every page visit or at every start: the per-day
+// history merge, the filtered history list and the most-visited tiles (url,
+// date, title, visited_count: both group by url, and with every column they
+// read in the index they walk it alone instead of fetching each row in url
+// order), the history list and its trim (date), tab
+// history reads and deletions (tab_id), link reuse (url), the bookmark closure
+// walks in both directions (each answered from the index alone), the
+// "bookmarked" test (bookmark_node url) and the favicon trim (date). Indexes
+// that a wider one replaced are dropped after it exists, so a profile made by
+// an older version ends up with the same set as a new one.
 const QStringList indexes = {
-    QStringLiteral("CREATE INDEX IF NOT EXISTS browser_history_url_date ON browser_history (url, date);"),
+    QStringLiteral("CREATE INDEX IF NOT EXISTS browser_history_url_date_title_visited_count ON "
+                   "browser_history (url, date, title, visited_count);"),
+    QStringLiteral("DROP INDEX IF EXISTS browser_history_url_date;"),
     QStringLiteral("CREATE INDEX IF NOT EXISTS browser_history_date ON browser_history (date);"),
     QStringLiteral("CREATE INDEX IF NOT EXISTS tab_history_tab_id ON tab_history (tab_id);"),
     QStringLiteral("CREATE INDEX IF NOT EXISTS link_url ON link (url);"),
-    QStringLiteral("CREATE INDEX IF NOT EXISTS bookmark_structure_descendant_depth ON bookmark_structure "
-                   "(descendant, depth);"),
-    QStringLiteral(
-        "CREATE INDEX IF NOT EXISTS bookmark_structure_ancestor ON bookmark_structure (ancestor);"),
+    QStringLiteral("CREATE INDEX IF NOT EXISTS bookmark_structure_descendant_depth_ancestor ON "
+                   "bookmark_structure (descendant, depth, ancestor);"),
+    QStringLiteral("DROP INDEX IF EXISTS bookmark_structure_descendant_depth;"),
+    QStringLiteral("CREATE INDEX IF NOT EXISTS bookmark_structure_ancestor_descendant ON bookmark_structure "
+                   "(ancestor, descendant);"),
+    QStringLiteral("DROP INDEX IF EXISTS bookmark_structure_ancestor;"),
     QStringLiteral("CREATE INDEX IF NOT EXISTS bookmark_node_url ON bookmark_node (url);"),
     QStringLiteral("CREATE INDEX IF NOT EXISTS favicons_date ON favicons (date);"),
 };

@@ -14,8 +14,10 @@ const QVector<TableSchema>& schemaTables();
 // The column definitions of one table joined for a CREATE TABLE; empty for an unknown table.
 QString schemaColumns(const QString& table);
 
-// CREATE INDEX statements that keep the per-visit, per-tab and trim statements
-// fast as the history grows. Indexes are not part of the table list above.
+// Statements that bring the indexes up to date, in order: CREATE INDEX IF NOT
+// EXISTS for every index that keeps the per-visit, per-tab, bookmark and trim
+// statements fast as the data grows, and DROP INDEX IF EXISTS for each index a
+// wider one has replaced. Indexes are not part of the table list above.
 const QStringList& schemaIndexes();
 
 // Version written to the metadata table of a current database.

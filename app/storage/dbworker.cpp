@@ -15,18 +15,28 @@ const QString databaseFileName = QStringLiteral("browser-app.sqlite");
 // Primary result codes of SQLite for a file that is not (or no longer) a database.
 constexpr int sqliteCorrupt = 11;
 constexpr int sqliteNotADatabase = 26;
+
+// The signatures under which these two warnings have always been logged; log
+// filters and readers key on them, whatever type carries the statement.
+const char prepareSignature[] = "QSqlQuery DBWorker::prepare(const QString&, bool)";
+const char executeSignature[] = "bool DBWorker::execute(QSqlQuery&)";
 } // namespace
 
 DBWorker::DBWorker(QObject* parent)
     : QObject(parent)
     , m_mainConnection(QLatin1String(QSqlDatabase::defaultConnection))
+    , m_fileStatements(m_mainConnection)
+    , m_privateStatements(privateConnectionName())
 {
 }
 
 DBWorker::~DBWorker()
 {
     // Connections are per thread and per name; release both so that a later
-    // worker in the same process starts from a clean slate.
+    // worker in the same process starts from a clean slate. Their cached
+    // statements go first: a statement must not outlive its connection.
+    m_fileStatements.clear();
+    m_privateStatements.clear();
     for (const QString& name : { m_mainConnection, privateConnectionName() }) {
         if (!QSqlDatabase::contains(name))
             continue;
@@ -61,20 +71,23 @@ QSqlDatabase DBWorker::database(bool isPrivate) const
     return QSqlDatabase::database(isPrivate ? privateConnectionName() : m_mainConnection, false);
 }
 
-QSqlQuery DBWorker::prepare(const QString& sql, bool isPrivate)
+CachedQuery DBWorker::prepare(const QString& sql, bool isPrivate)
 {
-    QSqlQuery query(database(isPrivate));
-    query.setForwardOnly(true);
-    if (!query.prepare(sql))
-        qCWarning(lcStorage) << Q_FUNC_INFO << "failed to prepare query" << sql << query.lastError();
+    // Compiling a statement costs about as much as running one of the small
+    // per-visit statements, so each connection keeps the ones it ran.
+    bool prepared = false;
+    CachedQuery query = (isPrivate ? m_privateStatements : m_fileStatements).take(sql, &prepared);
+    if (!prepared)
+        qCWarning(lcStorage) << prepareSignature << "failed to prepare query" << sql << query.lastError();
     return query;
 }
 
-bool DBWorker::execute(QSqlQuery& query)
+bool DBWorker::execute(CachedQuery& query)
 {
     if (query.exec())
         return true;
-    qCWarning(lcStorage) << Q_FUNC_INFO << "failed execute query" << query.lastQuery() << query.lastError();
+    qCWarning(lcStorage) << executeSignature << "failed execute query" << query.lastQuery()
+                         << query.lastError();
     return false;
 }
 
@@ -117,6 +130,7 @@ bool DBWorker::recoverUnusableFile(QSqlDatabase& db)
             return true;
         qCWarning(lcStorage) << "Database file is unusable:" << probe.lastError();
     }
+    m_fileStatements.clear();
     db.close();
 
     const QString path = db.databaseName();
@@ -147,12 +161,12 @@ void DBWorker::configureFileConnection()
     // Write-ahead logging with NORMAL sync keeps a page visit to a single
     // append without an fsync, while a crash of the browser still loses no
     // committed row; only a power loss may roll back the last few.
-    QSqlQuery journal = prepare(QStringLiteral("PRAGMA journal_mode=WAL;"), false);
+    auto journal = prepare(QStringLiteral("PRAGMA journal_mode=WAL;"), false);
     if (!execute(journal) || !journal.next()
         || journal.value(0).toString().compare(QLatin1String("wal"), Qt::CaseInsensitive) != 0) {
         qCWarning(lcStorage) << "Write-ahead logging is not available for" << databaseFilePath();
     }
-    QSqlQuery sync = prepare(QStringLiteral("PRAGMA synchronous=NORMAL;"), false);
+    auto sync = prepare(QStringLiteral("PRAGMA synchronous=NORMAL;"), false);
     execute(sync);
 }
 
@@ -160,8 +174,8 @@ void DBWorker::createTables(const QSqlDatabase& db)
 {
     const bool isPrivate = db.connectionName() == privateConnectionName();
     for (const TableSchema& table : schemaTables()) {
-        QSqlQuery query = prepare(QStringLiteral("CREATE TABLE IF NOT EXISTS %1 (%2);")
-                                      .arg(table.name, table.columns.join(QStringLiteral(", "))),
+        auto query = prepare(QStringLiteral("CREATE TABLE IF NOT EXISTS %1 (%2);")
+                                 .arg(table.name, table.columns.join(QStringLiteral(", "))),
             isPrivate);
         execute(query);
     }
@@ -170,14 +184,14 @@ void DBWorker::createTables(const QSqlDatabase& db)
 void DBWorker::createIndexes(bool isPrivate)
 {
     for (const QString& statement : schemaIndexes()) {
-        QSqlQuery query = prepare(statement, isPrivate);
+        auto query = prepare(statement, isPrivate);
         execute(query);
     }
 }
 
 void DBWorker::storeVersion(const QString& version, bool isNew)
 {
-    QSqlQuery query
+    auto query
         = prepare(isNew ? QStringLiteral("INSERT INTO metadata (db_version) VALUES ('%1')").arg(version)
                         : QStringLiteral("UPDATE metadata SET db_version = '%1'").arg(version),
             false);
@@ -199,7 +213,7 @@ void DBWorker::init()
 
     const QString currentVersion = databaseVersion();
     QString storedVersion;
-    QSqlQuery versionQuery = prepare(QStringLiteral("SELECT db_version FROM metadata;"), false);
+    auto versionQuery = prepare(QStringLiteral("SELECT db_version FROM metadata;"), false);
     if (execute(versionQuery) && versionQuery.next()) {
         storedVersion = versionQuery.value(0).toString();
         versionQuery.finish();

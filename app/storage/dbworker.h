@@ -1,12 +1,12 @@
 #pragma once
 
 #include "records.h"
+#include "statementcache.h"
 
 #include <QDateTime>
 #include <QObject>
 #include <QSet>
 #include <QSqlDatabase>
-#include <QSqlQuery>
 #include <QStringList>
 
 // Owns both SQLite connections (the profile's file and the private in-memory
@@ -159,8 +159,11 @@ signals:
 private:
     // The connection an operation runs on.
     QSqlDatabase database(bool isPrivate) const;
-    QSqlQuery prepare(const QString& sql, bool isPrivate);
-    bool execute(QSqlQuery& query);
+    // A statement on the chosen connection, from its cache when one is idle.
+    // Hold it as `auto query = prepare(...)`: it returns to the cache when it
+    // goes out of scope, so it must stay in use no longer than it stays in scope.
+    CachedQuery prepare(const QString& sql, bool isPrivate);
+    bool execute(CachedQuery& query);
 
     // ---- database set-up and migrations (dbworker.cpp, dbmigrations.cpp) ----
     bool openConnections();
@@ -196,4 +199,7 @@ private:
 
     QString m_mainConnection;
     bool m_opened = false;
+    // Declared after the connection name they are built from.
+    StatementCache m_fileStatements;
+    StatementCache m_privateStatements;
 };

@@ -41,7 +41,7 @@ QVariant urlValue(const QString& url)
 
 int DBWorker::bookmarkParent(int id)
 {
-    QSqlQuery query = prepare(parentSql, false);
+    auto query = prepare(parentSql, false);
     query.addBindValue(id);
     if (!execute(query) || !query.next())
         return -1;
@@ -55,9 +55,9 @@ bool DBWorker::moveCreatesCycle(const QList<int>& ids, int newParentId)
     // A node of the list that lies below another one of the list would be
     // re-hung twice and keep stale links to its old ancestor; refused as well.
     const QString list = joinIds(ids);
-    QSqlQuery query = prepare(QStringLiteral("SELECT 1 FROM bookmark_structure WHERE ancestor IN (%1) "
-                                             "AND (descendant = ? OR descendant IN (%2)) LIMIT 1;")
-                                  .arg(list, list),
+    auto query = prepare(QStringLiteral("SELECT 1 FROM bookmark_structure WHERE ancestor IN (%1) "
+                                        "AND (descendant = ? OR descendant IN (%2)) LIMIT 1;")
+                             .arg(list, list),
         false);
     query.addBindValue(newParentId);
     // Unable to tell: refuse rather than risk cutting a subtree off the root.
@@ -70,7 +70,7 @@ void DBWorker::addBookmarkNode(int parentId, const QString& url, const QString& 
 {
     qCDebug(lcStorage) << Q_FUNC_INFO << "url:" << url << "title:" << title << "parent =" << parentId;
 
-    QSqlQuery query = prepare(QStringLiteral("INSERT INTO bookmark_node (url, title) VALUES (?, ?);"), false);
+    auto query = prepare(QStringLiteral("INSERT INTO bookmark_node (url, title) VALUES (?, ?);"), false);
     query.addBindValue(urlValue(url));
     query.addBindValue(title);
     if (!execute(query))
@@ -82,7 +82,7 @@ void DBWorker::addBookmarkNode(int parentId, const QString& url, const QString& 
         return;
     }
 
-    QSqlQuery links = prepare(insertLinksSql, false);
+    auto links = prepare(insertLinksSql, false);
     links.addBindValue(parentId);
     links.addBindValue(newId);
     links.addBindValue(newId);
@@ -97,8 +97,7 @@ void DBWorker::addBookmarkNode(int parentId, const QString& url, const QString& 
 
 void DBWorker::updateBookmarkNode(int id, const QString& url, const QString& title)
 {
-    QSqlQuery query
-        = prepare(QStringLiteral("UPDATE bookmark_node SET url = ?, title = ? WHERE id = ?;"), false);
+    auto query = prepare(QStringLiteral("UPDATE bookmark_node SET url = ?, title = ? WHERE id = ?;"), false);
     query.addBindValue(urlValue(url));
     query.addBindValue(title);
     query.addBindValue(id);
@@ -116,19 +115,18 @@ void DBWorker::moveBookmarkNode(int id, int newParentId, bool isFolder)
 
     const int oldParentId = bookmarkParent(id);
 
-    QSqlQuery cut
-        = prepare(QStringLiteral("WITH children AS (SELECT descendant FROM bookmark_structure struct "
-                                 "WHERE struct.ancestor = ?) DELETE FROM bookmark_structure WHERE "
-                                 "descendant = ? OR (descendant IN children AND ancestor != ? AND "
-                                 "ancestor NOT IN children);"),
-            false);
+    auto cut = prepare(QStringLiteral("WITH children AS (SELECT descendant FROM bookmark_structure struct "
+                                      "WHERE struct.ancestor = ?) DELETE FROM bookmark_structure WHERE "
+                                      "descendant = ? OR (descendant IN children AND ancestor != ? AND "
+                                      "ancestor NOT IN children);"),
+        false);
     cut.addBindValue(id);
     cut.addBindValue(id);
     cut.addBindValue(id);
     if (!execute(cut))
         return;
 
-    QSqlQuery hang = prepare(insertLinksSql, false);
+    auto hang = prepare(insertLinksSql, false);
     hang.addBindValue(newParentId);
     hang.addBindValue(id);
     hang.addBindValue(id);
@@ -137,7 +135,7 @@ void DBWorker::moveBookmarkNode(int id, int newParentId, bool isFolder)
         return;
 
     if (isFolder) {
-        QSqlQuery join = prepare(
+        auto join = prepare(
             QStringLiteral(
                 "INSERT INTO bookmark_structure SELECT bookmark_structure.ancestor, struct.descendant, "
                 "bookmark_structure.depth + struct.depth FROM bookmark_structure INNER JOIN "
@@ -172,7 +170,7 @@ void DBWorker::moveBookmarkNodes(const QList<int>& ids, int newParentId, bool ha
     const int oldParentId = bookmarkParent(nodes.first());
     const QString list = joinIds(nodes);
 
-    QSqlQuery cut
+    auto cut
         = prepare(QStringLiteral("WITH children AS (SELECT descendant FROM bookmark_structure struct "
                                  "WHERE struct.ancestor IN (%1)) DELETE FROM bookmark_structure WHERE "
                                  "descendant IN (%2) OR (descendant IN children AND ancestor NOT IN (%3) "
@@ -183,7 +181,7 @@ void DBWorker::moveBookmarkNodes(const QList<int>& ids, int newParentId, bool ha
         return;
 
     for (int id : qAsConst(nodes)) {
-        QSqlQuery hang = prepare(insertLinksSql, false);
+        auto hang = prepare(insertLinksSql, false);
         hang.addBindValue(newParentId);
         hang.addBindValue(id);
         hang.addBindValue(id);
@@ -193,7 +191,7 @@ void DBWorker::moveBookmarkNodes(const QList<int>& ids, int newParentId, bool ha
     }
 
     if (hasFolder) {
-        QSqlQuery join = prepare(
+        auto join = prepare(
             QStringLiteral(
                 "INSERT INTO bookmark_structure SELECT bookmark_structure.ancestor, struct.descendant, "
                 "bookmark_structure.depth + struct.depth FROM bookmark_structure INNER JOIN "
@@ -211,12 +209,11 @@ void DBWorker::moveBookmarkNodes(const QList<int>& ids, int newParentId, bool ha
 void DBWorker::removeBookmarkNode(int id, bool isFolder, bool clearOnly)
 {
     if (!isFolder) {
-        QSqlQuery node = prepare(QStringLiteral("DELETE FROM bookmark_node WHERE id = ?;"), false);
+        auto node = prepare(QStringLiteral("DELETE FROM bookmark_node WHERE id = ?;"), false);
         node.addBindValue(id);
         if (!execute(node))
             return;
-        QSqlQuery links
-            = prepare(QStringLiteral("DELETE FROM bookmark_structure WHERE descendant = ?;"), false);
+        auto links = prepare(QStringLiteral("DELETE FROM bookmark_structure WHERE descendant = ?;"), false);
         links.addBindValue(id);
         execute(links);
         return;
@@ -237,13 +234,13 @@ void DBWorker::removeBookmarkNode(int id, bool isFolder, bool clearOnly)
     if (!clearOnly)
         linkSql += QStringLiteral(" OR descendant = ? OR ancestor = ?");
 
-    QSqlQuery node = prepare(nodeSql, false);
+    auto node = prepare(nodeSql, false);
     node.addBindValue(id);
     node.addBindValue(id);
     if (!execute(node))
         return;
 
-    QSqlQuery links = prepare(linkSql, false);
+    auto links = prepare(linkSql, false);
     links.addBindValue(id);
     links.addBindValue(id);
     if (!clearOnly)
@@ -261,14 +258,14 @@ void DBWorker::removeBookmarkNodes(const QList<int>& ids, bool hasFolder)
     const int oldParentId = bookmarkParent(ids.first());
     const QString list = joinIds(ids);
 
-    QSqlQuery nodes = prepare(QStringLiteral("DELETE FROM bookmark_node WHERE id IN (SELECT descendant FROM "
-                                             "bookmark_structure WHERE ancestor IN (%1)) OR id IN (%2);")
-                                  .arg(list, list),
+    auto nodes = prepare(QStringLiteral("DELETE FROM bookmark_node WHERE id IN (SELECT descendant FROM "
+                                        "bookmark_structure WHERE ancestor IN (%1)) OR id IN (%2);")
+                             .arg(list, list),
         false);
     if (!execute(nodes))
         return;
 
-    QSqlQuery links
+    auto links
         = prepare(QStringLiteral("WITH temp AS (SELECT descendant FROM bookmark_structure WHERE "
                                  "ancestor IN (%1)) DELETE FROM bookmark_structure WHERE descendant IN "
                                  "temp OR descendant IN (%2) OR ancestor IN temp OR ancestor IN (%3);")
@@ -284,10 +281,10 @@ void DBWorker::removeBookmarkNodes(const QList<int>& ids, bool hasFolder)
 
 void DBWorker::removeAllBookmarks()
 {
-    QSqlQuery nodes = prepare(QStringLiteral("DELETE FROM bookmark_node WHERE id > 2;"), false);
+    auto nodes = prepare(QStringLiteral("DELETE FROM bookmark_node WHERE id > 2;"), false);
     if (!execute(nodes))
         return;
-    QSqlQuery links
+    auto links
         = prepare(QStringLiteral("DELETE FROM bookmark_structure WHERE ancestor != 0 OR depth != 1;"), false);
     if (!execute(links))
         return;
@@ -298,7 +295,7 @@ void DBWorker::removeAllBookmarks()
 
 void DBWorker::getBookmarkTree()
 {
-    QSqlQuery query = prepare(
+    auto query = prepare(
         QStringLiteral(
             "WITH folders (id, ancestor, title, children) AS (SELECT id, bookmark_structure.ancestor, title, "
             "(SELECT COUNT(descendant) FROM bookmark_structure struct INNER JOIN bookmark_node node ON "
@@ -339,7 +336,7 @@ void DBWorker::getBookmarks(int folderId, const QString& filter)
         : QStringLiteral("SELECT id, title, url FROM bookmark_node INNER JOIN bookmark_structure ON "
                          "bookmark_structure.descendant = id WHERE bookmark_structure.ancestor = ? AND "
                          "url NOT NULL AND (url LIKE ? OR title LIKE ?);");
-    QSqlQuery query = prepare(sql, false);
+    auto query = prepare(sql, false);
     query.addBindValue(folderId);
     if (!filter.isEmpty()) {
         const QString pattern = QLatin1Char('%') + filter + QLatin1Char('%');
@@ -362,7 +359,7 @@ void DBWorker::getBookmarks(int folderId, const QString& filter)
 
 void DBWorker::isBookmarked(const QString& url)
 {
-    QSqlQuery query = prepare(QStringLiteral("SELECT * FROM bookmark_node WHERE url = ?;"), false);
+    auto query = prepare(QStringLiteral("SELECT * FROM bookmark_node WHERE url = ?;"), false);
     query.addBindValue(url);
     if (!execute(query))
         return;
@@ -371,11 +368,10 @@ void DBWorker::isBookmarked(const QString& url)
 
 void DBWorker::getBookmarkData(const QString& url)
 {
-    QSqlQuery query
-        = prepare(QStringLiteral("SELECT id, title, bookmark_structure.ancestor FROM bookmark_node "
-                                 "INNER JOIN bookmark_structure ON bookmark_structure.descendant = id "
-                                 "WHERE url = ? AND bookmark_structure.depth = 1;"),
-            false);
+    auto query = prepare(QStringLiteral("SELECT id, title, bookmark_structure.ancestor FROM bookmark_node "
+                                        "INNER JOIN bookmark_structure ON bookmark_structure.descendant = id "
+                                        "WHERE url = ? AND bookmark_structure.depth = 1;"),
+        false);
     query.addBindValue(url);
     // No row: the url is no bookmark and the asker keeps its "none" state.
     if (!execute(query) || !query.next())
@@ -386,7 +382,7 @@ void DBWorker::getBookmarkData(const QString& url)
 
 int DBWorker::migratedBookmarksFolder(const QString& folderTitle)
 {
-    QSqlQuery query
+    auto query
         = prepare(QStringLiteral("SELECT id, title, url FROM bookmark_node INNER JOIN bookmark_structure "
                                  "ON bookmark_structure.descendant = id WHERE bookmark_structure.ancestor "
                                  "= ? AND url IS NULL AND title = ?;"),
@@ -412,7 +408,7 @@ void DBWorker::migrateBookmark(const QString& title, const QString& url, const Q
 
     addBookmarkNode(folderId, url, title);
 
-    QSqlQuery icon = prepare(
+    auto icon = prepare(
         QStringLiteral("INSERT OR IGNORE INTO favicons (base_url, favicon, date) VALUES (?, ?, ?);"), false);
     icon.addBindValue(FilePathUtils::instance()->getBaseUrl(url));
     icon.addBindValue(favicon);

@@ -49,7 +49,7 @@ QString joinedIds(const QSet<int>& ids)
 }
 
 // Rows of the history reads: id, url, title, date, bookmarked.
-Link historyLink(const QSqlQuery& query)
+Link historyLink(const CachedQuery& query)
 {
     Link link;
     link.id = query.value(0).toInt();
@@ -81,7 +81,7 @@ void DBWorker::getHistory(const QString& filter, const QDateTime& start, const Q
         clause += QStringLiteral("GROUP BY url ");
     }
 
-    QSqlQuery query
+    auto query
         = prepare(QStringLiteral("SELECT id, url, title, date, (url IN (SELECT url FROM bookmark_node)) "
                                  "AS bookmarked FROM browser_history %1ORDER BY date DESC;")
                       .arg(clause),
@@ -105,7 +105,7 @@ void DBWorker::addHistoryEntry(const QString& url, const QString& title)
     const qint64 startOfToday = QDateTime(QDate::currentDate(), QTime(0, 0)).toMSecsSinceEpoch();
     const qint64 now = QDateTime::currentMSecsSinceEpoch();
 
-    QSqlQuery select = prepare(
+    auto select = prepare(
         QStringLiteral(
             "SELECT id FROM browser_history WHERE url = ? AND date >= ? ORDER BY date DESC LIMIT 1;"),
         false);
@@ -120,7 +120,7 @@ void DBWorker::addHistoryEntry(const QString& url, const QString& title)
     select.finish();
     if (id > 0) {
         // A page that has not reported its title yet must not wipe the one already known.
-        QSqlQuery update = title.isEmpty()
+        auto update = title.isEmpty()
             ? prepare(
                 QStringLiteral("UPDATE browser_history SET date = ?, visited_count = visited_count + 1  "
                                "WHERE id = ?;"),
@@ -136,7 +136,7 @@ void DBWorker::addHistoryEntry(const QString& url, const QString& title)
         return;
     }
 
-    QSqlQuery insert
+    auto insert
         = prepare(QStringLiteral("INSERT INTO browser_history (url, title, date) VALUES (?, ?, ?);"), false);
     insert.addBindValue(url);
     insert.addBindValue(title);
@@ -146,14 +146,14 @@ void DBWorker::addHistoryEntry(const QString& url, const QString& title)
 
 void DBWorker::removeHistoryEntry(int linkId)
 {
-    QSqlQuery query = prepare(QStringLiteral("DELETE FROM browser_history WHERE id = ?"), false);
+    auto query = prepare(QStringLiteral("DELETE FROM browser_history WHERE id = ?"), false);
     query.addBindValue(linkId);
     execute(query);
 }
 
 void DBWorker::removeHistoryEntries(const QSet<int>& ids)
 {
-    QSqlQuery query
+    auto query
         = prepare(QStringLiteral("DELETE FROM browser_history WHERE id IN (%1);").arg(joinedIds(ids)), false);
     execute(query);
 }
@@ -161,13 +161,13 @@ void DBWorker::removeHistoryEntries(const QSet<int>& ids)
 void DBWorker::clearHistory(const QDateTime& start, const QDateTime& end)
 {
     const QString clause = historyDateClause(boundMs(start), boundMs(end));
-    QSqlQuery query = prepare(QStringLiteral("DELETE FROM browser_history %1;").arg(clause), false);
+    auto query = prepare(QStringLiteral("DELETE FROM browser_history %1;").arg(clause), false);
     execute(query);
 }
 
 void DBWorker::updateHistoryTitle(const QString& url, const QString& title)
 {
-    QSqlQuery query = prepare(QStringLiteral("UPDATE browser_history SET title = ? WHERE url = ?;"), false);
+    auto query = prepare(QStringLiteral("UPDATE browser_history SET title = ? WHERE url = ?;"), false);
     query.addBindValue(title);
     query.addBindValue(url);
     if (!execute(query)) {
@@ -179,7 +179,7 @@ void DBWorker::updateHistoryTitle(const QString& url, const QString& title)
 
 void DBWorker::getMostVisitedLinks(int count)
 {
-    QSqlQuery query = prepare(
+    auto query = prepare(
         QStringLiteral("SELECT id, url, title, date, (url IN (SELECT url FROM bookmark_node)) AS bookmarked, "
                        "SUM(visited_count) FROM browser_history WHERE date > ? GROUP BY url HAVING "
                        "SUM(visited_count) > 0 ORDER BY SUM(visited_count) DESC, title ASC LIMIT ?;"),
@@ -198,7 +198,7 @@ void DBWorker::getMostVisitedLinks(int count)
 void DBWorker::removeMostVisitedLink(const QString& url)
 {
     // The visits stay in the history list; only their weight for the tiles goes.
-    QSqlQuery query
+    auto query
         = prepare(QStringLiteral("UPDATE browser_history SET visited_count = 0 WHERE url = ?;"), false);
     query.addBindValue(url);
     execute(query);
@@ -217,7 +217,7 @@ void DBWorker::getTabHistory(
 
     // Bookmarks live only in the file, while the entries may live in the private
     // database, so the bookmarked urls travel into the statement as literals.
-    QSqlQuery bookmarks = prepare(QStringLiteral("SELECT url FROM bookmark_node"), false);
+    auto bookmarks = prepare(QStringLiteral("SELECT url FROM bookmark_node"), false);
     if (!execute(bookmarks))
         return;
     QStringList urls;
@@ -230,7 +230,7 @@ void DBWorker::getTabHistory(
         ? QStringLiteral("false")
         : QStringLiteral("link.url IN (%1)").arg(urls.join(QStringLiteral(", ")));
 
-    QSqlQuery query = prepare(
+    auto query = prepare(
         QStringLiteral(
             "SELECT tab_history.id, link.url, link.thumb_path, link.title, tab_history.date, (%1) AS "
             "bookmarked, (tab_history.id == tab.tab_history_id) AS current FROM tab_history INNER JOIN "
@@ -270,7 +270,7 @@ void DBWorker::addToTabHistory(int tabId, const QString& url, const QString& tit
         return;
     }
 
-    QSqlQuery query = prepare(
+    auto query = prepare(
         QStringLiteral("INSERT INTO tab_history (tab_id, link_id, date) VALUES (?, ?, ?);"), isPrivate);
     query.addBindValue(tabId);
     query.addBindValue(linkId);
@@ -291,7 +291,7 @@ void DBWorker::addToTabHistory(int tabId, const QString& url, const QString& tit
 
 void DBWorker::goBack(int tabId, bool isPrivate)
 {
-    QSqlQuery query
+    auto query
         = prepare(QStringLiteral("SELECT id FROM tab_history WHERE tab_id = ? AND id < (SELECT "
                                  "tab_history_id FROM tab WHERE tab_id = ?) ORDER BY id DESC LIMIT 1;"),
             isPrivate);
@@ -307,10 +307,9 @@ void DBWorker::goBack(int tabId, bool isPrivate)
 
 void DBWorker::goForward(int tabId, bool isPrivate)
 {
-    QSqlQuery query
-        = prepare(QStringLiteral("SELECT id FROM tab_history WHERE tab_id = ? AND id > (SELECT "
-                                 "tab_history_id FROM tab WHERE tab_id = ?) ORDER BY id ASC LIMIT 1;"),
-            isPrivate);
+    auto query = prepare(QStringLiteral("SELECT id FROM tab_history WHERE tab_id = ? AND id > (SELECT "
+                                        "tab_history_id FROM tab WHERE tab_id = ?) ORDER BY id ASC LIMIT 1;"),
+        isPrivate);
     query.addBindValue(tabId);
     query.addBindValue(tabId);
     if (!execute(query) || !query.next())
@@ -323,8 +322,7 @@ void DBWorker::goForward(int tabId, bool isPrivate)
 
 void DBWorker::removeTabHistoryEntry(int historyId, int tabId, bool isPrivate)
 {
-    QSqlQuery query
-        = prepare(QStringLiteral("DELETE FROM tab_history WHERE id = ? AND tab_id = ?"), isPrivate);
+    auto query = prepare(QStringLiteral("DELETE FROM tab_history WHERE id = ? AND tab_id = ?"), isPrivate);
     query.addBindValue(historyId);
     query.addBindValue(tabId);
     execute(query);
@@ -332,8 +330,8 @@ void DBWorker::removeTabHistoryEntry(int historyId, int tabId, bool isPrivate)
 
 void DBWorker::removeTabHistoryEntries(int tabId, const QSet<int>& ids, bool isPrivate)
 {
-    QSqlQuery query = prepare(QStringLiteral("DELETE FROM tab_history WHERE id IN (%1) AND tab_id = %2;")
-                                  .arg(joinedIds(ids), QString::number(tabId)),
+    auto query = prepare(QStringLiteral("DELETE FROM tab_history WHERE id IN (%1) AND tab_id = %2;")
+                             .arg(joinedIds(ids), QString::number(tabId)),
         isPrivate);
     execute(query);
 }
@@ -361,7 +359,7 @@ void DBWorker::clearTabHistory(
             "tab_history.tab_id = tab.tab_id WHERE tab_history.id = tab.tab_history_id) %1;")
                   .arg(clause);
     }
-    QSqlQuery query = prepare(sql, isPrivate);
+    auto query = prepare(sql, isPrivate);
     if (!execute(query))
         return;
     getTabHistory(currentTabId, QString(), QDateTime(), QDateTime(), isPrivate);
@@ -370,8 +368,7 @@ void DBWorker::clearTabHistory(
 void DBWorker::clearDeprecatedTabHistory(int tabId, int currentId, bool isPrivate)
 {
     qCDebug(lcStorage) << Q_FUNC_INFO << "tab id:" << tabId << "current link id:" << currentId;
-    QSqlQuery query
-        = prepare(QStringLiteral("DELETE FROM tab_history WHERE tab_id = ? AND id > ?;"), isPrivate);
+    auto query = prepare(QStringLiteral("DELETE FROM tab_history WHERE tab_id = ? AND id > ?;"), isPrivate);
     query.addBindValue(tabId);
     query.addBindValue(currentId);
     execute(query);
@@ -379,7 +376,7 @@ void DBWorker::clearDeprecatedTabHistory(int tabId, int currentId, bool isPrivat
 
 void DBWorker::updateTabHistoryTitle(int tabId, const QString& url, const QString& title, bool isPrivate)
 {
-    QSqlQuery select = prepare(
+    auto select = prepare(
         QStringLiteral(
             "SELECT link.link_id, link.title FROM tab INNER JOIN tab_history ON tab.tab_history_id = "
             "tab_history.id INNER JOIN link ON tab_history.link_id = link.link_id WHERE "
@@ -396,7 +393,7 @@ void DBWorker::updateTabHistoryTitle(int tabId, const QString& url, const QStrin
         return;
     }
 
-    QSqlQuery update = prepare(QStringLiteral("UPDATE link SET title = ? WHERE link_id = ?;"), isPrivate);
+    auto update = prepare(QStringLiteral("UPDATE link SET title = ? WHERE link_id = ?;"), isPrivate);
     update.addBindValue(title);
     update.addBindValue(linkId);
     if (!execute(update)) {
@@ -409,10 +406,9 @@ void DBWorker::updateTabHistoryTitle(int tabId, const QString& url, const QStrin
 void DBWorker::updateTabHistoryEntry(
     int tabHistoryId, const QString& url, const QString& title, bool isPrivate)
 {
-    QSqlQuery query
-        = prepare(QStringLiteral("UPDATE link SET url = ?, title = ? WHERE link_id IN (SELECT link_id "
-                                 "FROM tab_history WHERE id = ?);"),
-            isPrivate);
+    auto query = prepare(QStringLiteral("UPDATE link SET url = ?, title = ? WHERE link_id IN (SELECT link_id "
+                                        "FROM tab_history WHERE id = ?);"),
+        isPrivate);
     query.addBindValue(url);
     query.addBindValue(title);
     query.addBindValue(tabHistoryId);
@@ -426,7 +422,7 @@ void DBWorker::updateTabHistoryEntry(
 int DBWorker::createLink(const QString& url, bool isPrivate, const QString& title, const QString& thumbPath)
 {
     // One link row per url, shared by every tab that visits it.
-    QSqlQuery select = prepare(QStringLiteral("SELECT link_id FROM link WHERE url = ?;"), isPrivate);
+    auto select = prepare(QStringLiteral("SELECT link_id FROM link WHERE url = ?;"), isPrivate);
     select.addBindValue(url);
     if (!execute(select))
         return -1;
@@ -434,7 +430,7 @@ int DBWorker::createLink(const QString& url, bool isPrivate, const QString& titl
         return select.value(0).toInt();
     select.finish();
 
-    QSqlQuery insert
+    auto insert
         = prepare(QStringLiteral("INSERT INTO link (url, title, thumb_path) VALUES (?, ?, ?);"), isPrivate);
     insert.addBindValue(url);
     insert.addBindValue(title);
@@ -451,7 +447,7 @@ int DBWorker::createLink(const QString& url, bool isPrivate, const QString& titl
 
 Link DBWorker::currentTabLink(int tabId)
 {
-    QSqlQuery query = prepare(
+    auto query = prepare(
         QStringLiteral(
             "SELECT link.link_id, link.url, link.thumb_path, link.title FROM tab INNER JOIN tab_history "
             "ON tab_history.id = tab.tab_history_id INNER JOIN link ON tab_history.link_id = "

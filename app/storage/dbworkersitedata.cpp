@@ -42,7 +42,7 @@ QVariant now()
 
 int DBWorker::findSiteId(const QString& site, bool isPrivate, bool* failed)
 {
-    QSqlQuery query = prepare(QStringLiteral("SELECT id FROM sites WHERE site = ?;"), isPrivate);
+    auto query = prepare(QStringLiteral("SELECT id FROM sites WHERE site = ?;"), isPrivate);
     query.addBindValue(site);
     const bool ok = execute(query);
     if (failed)
@@ -59,7 +59,7 @@ int DBWorker::getSiteId(const QString& site, bool isPrivate)
     if (id >= 0 || failed)
         return id;
 
-    QSqlQuery insert = prepare(QStringLiteral("INSERT INTO sites (site) VALUES (?);"), isPrivate);
+    auto insert = prepare(QStringLiteral("INSERT INTO sites (site) VALUES (?);"), isPrivate);
     insert.addBindValue(site);
     if (!execute(insert))
         return -1;
@@ -76,7 +76,7 @@ int DBWorker::getSiteId(const QString& site, bool isPrivate)
 
 void DBWorker::getPermissions()
 {
-    QSqlQuery query = prepare(
+    auto query = prepare(
         QStringLiteral(
             "SELECT sites.site, permissions.camera, permissions.microphone, permissions.geolocation, "
             "permissions.notification, permissions.screen_capture, permissions.popups, "
@@ -102,7 +102,7 @@ void DBWorker::addPermissions(const QString& site, const QList<int>& policies)
 {
     const int siteId = getSiteId(siteKey(site), false);
 
-    QSqlQuery existing = prepare(QStringLiteral("SELECT * FROM permissions WHERE site_id = ?;"), false);
+    auto existing = prepare(QStringLiteral("SELECT * FROM permissions WHERE site_id = ?;"), false);
     existing.addBindValue(siteId);
     if (!execute(existing))
         return;
@@ -113,12 +113,11 @@ void DBWorker::addPermissions(const QString& site, const QList<int>& policies)
     for (int i = 0; i < permissionColumns; ++i)
         values.append(policyValue(policies.value(i, -1)));
 
-    QSqlQuery query
-        = prepare(update ? QStringLiteral("UPDATE permissions SET camera = ?, microphone = ?, "
-                                          "geolocation = ?, notification = ?, screen_capture = ?, "
-                                          "popups = ?, cookies = ? WHERE site_id = ?;")
-                         : QStringLiteral("INSERT INTO permissions VALUES (?, ?, ?, ?, ?, ?, ?, ?);"),
-            false);
+    auto query = prepare(update ? QStringLiteral("UPDATE permissions SET camera = ?, microphone = ?, "
+                                                 "geolocation = ?, notification = ?, screen_capture = ?, "
+                                                 "popups = ?, cookies = ? WHERE site_id = ?;")
+                                : QStringLiteral("INSERT INTO permissions VALUES (?, ?, ?, ?, ?, ?, ?, ?);"),
+        false);
     if (!update)
         query.addBindValue(siteId);
     for (const QVariant& value : qAsConst(values))
@@ -154,7 +153,7 @@ void DBWorker::updatePermission(const QString& site, int type, int value)
         return;
     }
 
-    QSqlQuery query = prepare(sql, false);
+    auto query = prepare(sql, false);
     query.addBindValue(policyValue(value));
     query.addBindValue(siteId);
     execute(query);
@@ -166,7 +165,7 @@ void DBWorker::revokePermissions(const QString& site)
     const int siteId = findSiteId(siteKey(site), false);
     if (siteId < 0)
         return;
-    QSqlQuery query
+    auto query
         = prepare(QStringLiteral("UPDATE permissions SET camera = NULL, microphone = NULL, geolocation = "
                                  "NULL, notification = NULL, screen_capture = NULL, popups = NULL, "
                                  "cookies = NULL, screen_capture = NULL WHERE site_id = ?;"),
@@ -180,14 +179,14 @@ void DBWorker::removePermissionsData(const QString& site)
     const int siteId = findSiteId(siteKey(site), false);
     if (siteId < 0)
         return;
-    QSqlQuery query = prepare(QStringLiteral("DELETE FROM permissions WHERE site_id = ?;"), false);
+    auto query = prepare(QStringLiteral("DELETE FROM permissions WHERE site_id = ?;"), false);
     query.addBindValue(siteId);
     execute(query);
 }
 
 void DBWorker::removeAllPermissions()
 {
-    QSqlQuery query = prepare(QStringLiteral("DELETE FROM permissions;"), false);
+    auto query = prepare(QStringLiteral("DELETE FROM permissions;"), false);
     execute(query);
 }
 
@@ -195,10 +194,9 @@ void DBWorker::removeAllPermissions()
 
 void DBWorker::getSiteDprs(bool isPrivate)
 {
-    QSqlQuery query
-        = prepare(QStringLiteral("SELECT site_dprs.id, sites.site, site_dprs.dpr FROM site_dprs JOIN "
-                                 "sites ON site_dprs.site_id = sites.id;"),
-            isPrivate);
+    auto query = prepare(QStringLiteral("SELECT site_dprs.id, sites.site, site_dprs.dpr FROM site_dprs JOIN "
+                                        "sites ON site_dprs.site_id = sites.id;"),
+        isPrivate);
     if (!execute(query))
         return;
 
@@ -218,8 +216,7 @@ void DBWorker::addDpr(const QString& site, double dpr, bool isPrivate)
     const QString key = siteKey(site);
     const int siteId = getSiteId(key, isPrivate);
 
-    QSqlQuery query
-        = prepare(QStringLiteral("INSERT INTO site_dprs (site_id, dpr) VALUES (?, ?);"), isPrivate);
+    auto query = prepare(QStringLiteral("INSERT INTO site_dprs (site_id, dpr) VALUES (?, ?);"), isPrivate);
     query.addBindValue(siteId);
     query.addBindValue(dpr);
     if (!execute(query))
@@ -234,7 +231,7 @@ void DBWorker::addDpr(const QString& site, double dpr, bool isPrivate)
 
 void DBWorker::updateDpr(const QString& site, double dpr, bool isPrivate)
 {
-    QSqlQuery query = prepare(
+    auto query = prepare(
         QStringLiteral("UPDATE site_dprs SET dpr = ? WHERE site_id = (SELECT id FROM sites WHERE site = ?);"),
         isPrivate);
     query.addBindValue(dpr);
@@ -244,7 +241,7 @@ void DBWorker::updateDpr(const QString& site, double dpr, bool isPrivate)
 
 void DBWorker::removeDpr(const QString& site, bool isPrivate)
 {
-    QSqlQuery query = prepare(
+    auto query = prepare(
         QStringLiteral("DELETE FROM site_dprs WHERE site_id = (SELECT id FROM sites WHERE site = ?);"),
         isPrivate);
     query.addBindValue(siteKey(site));
@@ -257,7 +254,7 @@ void DBWorker::removeDprs(const QStringList& sites)
     literals.reserve(sites.size());
     for (const QString& site : sites)
         literals.append(sqlLiteral(siteKey(site)));
-    QSqlQuery query = prepare(
+    auto query = prepare(
         QStringLiteral("DELETE FROM site_dprs WHERE id IN (SELECT id FROM sites WHERE site IN (%1));")
             .arg(literals.join(QLatin1Char(','))),
         false);
@@ -266,7 +263,7 @@ void DBWorker::removeDprs(const QStringList& sites)
 
 void DBWorker::removeAllDprs()
 {
-    QSqlQuery query = prepare(QStringLiteral("DELETE FROM site_dprs;"), false);
+    auto query = prepare(QStringLiteral("DELETE FROM site_dprs;"), false);
     execute(query);
 }
 
@@ -274,8 +271,7 @@ void DBWorker::removeAllDprs()
 
 void DBWorker::setDeviceMode(const QString& domain, int mode, bool isPrivate)
 {
-    QSqlQuery query
-        = prepare(QStringLiteral("INSERT OR REPLACE INTO device_modes VALUES (?, ?);"), isPrivate);
+    auto query = prepare(QStringLiteral("INSERT OR REPLACE INTO device_modes VALUES (?, ?);"), isPrivate);
     query.addBindValue(domain);
     query.addBindValue(mode);
     execute(query);
@@ -283,8 +279,7 @@ void DBWorker::setDeviceMode(const QString& domain, int mode, bool isPrivate)
 
 void DBWorker::getDeviceMode(const QString& domain, bool isPrivate)
 {
-    QSqlQuery query
-        = prepare(QStringLiteral("SELECT device_mode FROM device_modes WHERE domain = ?;"), isPrivate);
+    auto query = prepare(QStringLiteral("SELECT device_mode FROM device_modes WHERE domain = ?;"), isPrivate);
     query.addBindValue(domain);
     if (!execute(query))
         return;
@@ -296,7 +291,7 @@ void DBWorker::getDeviceMode(const QString& domain, bool isPrivate)
 
 void DBWorker::getSearchEngines()
 {
-    QSqlQuery query = prepare(QStringLiteral("SELECT * FROM search_engines;"), false);
+    auto query = prepare(QStringLiteral("SELECT * FROM search_engines;"), false);
     if (!execute(query))
         return;
 
@@ -314,7 +309,7 @@ void DBWorker::getSearchEngines()
 
 void DBWorker::addSearchEngine(const QString& name, const QString& url)
 {
-    QSqlQuery query = prepare(
+    auto query = prepare(
         QStringLiteral("INSERT INTO search_engines (name, url, editable) VALUES (?, ?, TRUE);"), false);
     query.addBindValue(name);
     query.addBindValue(url);
@@ -331,8 +326,7 @@ void DBWorker::addSearchEngine(const QString& name, const QString& url)
 
 void DBWorker::updateSearchEngine(int id, const QString& name, const QString& url)
 {
-    QSqlQuery query
-        = prepare(QStringLiteral("UPDATE search_engines SET name = ?, url = ? WHERE id = ?;"), false);
+    auto query = prepare(QStringLiteral("UPDATE search_engines SET name = ?, url = ? WHERE id = ?;"), false);
     query.addBindValue(name);
     query.addBindValue(url);
     query.addBindValue(id);
@@ -341,7 +335,7 @@ void DBWorker::updateSearchEngine(int id, const QString& name, const QString& ur
 
 void DBWorker::removeSearchEngine(int id)
 {
-    QSqlQuery query = prepare(QStringLiteral("DELETE FROM search_engines WHERE id = ?;"), false);
+    auto query = prepare(QStringLiteral("DELETE FROM search_engines WHERE id = ?;"), false);
     query.addBindValue(id);
     execute(query);
 }
@@ -350,7 +344,7 @@ void DBWorker::removeSearchEngine(int id)
 
 void DBWorker::getDownloads()
 {
-    QSqlQuery query
+    auto query
         = prepare(QStringLiteral("SELECT id, path, url, last_modified, status FROM downloads;"), false);
     if (!execute(query))
         return;
@@ -372,13 +366,13 @@ void DBWorker::addDownload(const QString& path, const QString& url, const QStrin
 {
     // A file downloaded again to the same path replaces the old entry; the list
     // must drop the old row before it shows the new one.
-    QSqlQuery existing = prepare(QStringLiteral("SELECT id FROM downloads WHERE path = ?"), false);
+    auto existing = prepare(QStringLiteral("SELECT id FROM downloads WHERE path = ?"), false);
     existing.addBindValue(path);
     if (!execute(existing))
         return;
     if (existing.next()) {
         const int oldId = existing.value(0).toInt();
-        QSqlQuery remove = prepare(QStringLiteral("DELETE FROM downloads WHERE path = ?"), false);
+        auto remove = prepare(QStringLiteral("DELETE FROM downloads WHERE path = ?"), false);
         remove.addBindValue(path);
         if (!execute(remove))
             return;
@@ -386,7 +380,7 @@ void DBWorker::addDownload(const QString& path, const QString& url, const QStrin
     }
 
     const qint64 lastModified = QDateTime::currentMSecsSinceEpoch();
-    QSqlQuery insert = prepare(
+    auto insert = prepare(
         QStringLiteral("INSERT INTO downloads (path, url, last_modified) VALUES (?, ?, ?);"), false);
     insert.addBindValue(path);
     insert.addBindValue(url);
@@ -406,7 +400,7 @@ void DBWorker::addDownload(const QString& path, const QString& url, const QStrin
 
 void DBWorker::setStatusDownload(const QString& path, int status)
 {
-    QSqlQuery query = prepare(QStringLiteral("UPDATE downloads SET status = ? WHERE path = ?;"), false);
+    auto query = prepare(QStringLiteral("UPDATE downloads SET status = ? WHERE path = ?;"), false);
     query.addBindValue(status);
     query.addBindValue(path);
     execute(query);
@@ -414,7 +408,7 @@ void DBWorker::setStatusDownload(const QString& path, int status)
 
 void DBWorker::setDownloadSuccessful(const QString& path)
 {
-    QSqlQuery query = prepare(
+    auto query = prepare(
         QStringLiteral("UPDATE downloads SET status = 2, last_modified = ? WHERE path = ?;"), false);
     query.addBindValue(now());
     query.addBindValue(path);
@@ -423,7 +417,7 @@ void DBWorker::setDownloadSuccessful(const QString& path)
 
 void DBWorker::removeDownload(const QString& path)
 {
-    QSqlQuery query = prepare(QStringLiteral("DELETE FROM downloads WHERE path = ?;"), false);
+    auto query = prepare(QStringLiteral("DELETE FROM downloads WHERE path = ?;"), false);
     query.addBindValue(path);
     execute(query);
 }
@@ -434,7 +428,7 @@ void DBWorker::removeDownloads(const QSet<int>& ids)
     parts.reserve(ids.size());
     for (int id : ids)
         parts.append(QString::number(id));
-    QSqlQuery query = prepare(
+    auto query = prepare(
         QStringLiteral("DELETE FROM downloads WHERE id IN (%1);").arg(parts.join(QLatin1Char(','))), false);
     execute(query);
 }
@@ -443,7 +437,7 @@ void DBWorker::removeDownloads(const QSet<int>& ids)
 
 void DBWorker::getPasswordExceptions()
 {
-    QSqlQuery query = prepare(QStringLiteral("SELECT * FROM password_exceptions;"), false);
+    auto query = prepare(QStringLiteral("SELECT * FROM password_exceptions;"), false);
     if (!execute(query))
         return;
 
@@ -455,17 +449,16 @@ void DBWorker::getPasswordExceptions()
 
 void DBWorker::addException(const QString& url)
 {
-    QSqlQuery query
-        = prepare(QStringLiteral("INSERT INTO password_exceptions VALUES (?, -1) ON CONFLICT(url) DO "
-                                 "UPDATE SET url = excluded.url, suggestions_count = -1;"),
-            false);
+    auto query = prepare(QStringLiteral("INSERT INTO password_exceptions VALUES (?, -1) ON CONFLICT(url) DO "
+                                        "UPDATE SET url = excluded.url, suggestions_count = -1;"),
+        false);
     query.addBindValue(url);
     execute(query);
 }
 
 void DBWorker::removeException(const QString& url)
 {
-    QSqlQuery query = prepare(QStringLiteral("DELETE FROM password_exceptions WHERE url = ?;"), false);
+    auto query = prepare(QStringLiteral("DELETE FROM password_exceptions WHERE url = ?;"), false);
     query.addBindValue(url);
     execute(query);
 }
@@ -474,11 +467,10 @@ void DBWorker::setSuggestionsCount(const QString& url, int count)
 {
     // The statement has always carried a stray "*" that SQLite rejects; counts
     // are therefore never stored and the failure shows in the log.
-    QSqlQuery query
-        = prepare(QStringLiteral("INSERT INTO password_exceptions * VALUES (?, ?) ON CONFLICT(url) DO "
-                                 "UPDATE SET url = excluded.url, suggestions_count = "
-                                 "excluded.suggestions_count;"),
-            false);
+    auto query = prepare(QStringLiteral("INSERT INTO password_exceptions * VALUES (?, ?) ON CONFLICT(url) DO "
+                                        "UPDATE SET url = excluded.url, suggestions_count = "
+                                        "excluded.suggestions_count;"),
+        false);
     query.addBindValue(url);
     query.addBindValue(count);
     execute(query);
@@ -488,7 +480,7 @@ void DBWorker::setSuggestionsCount(const QString& url, int count)
 
 void DBWorker::getFavicons()
 {
-    QSqlQuery query = prepare(QStringLiteral("SELECT base_url, favicon FROM favicons;"), false);
+    auto query = prepare(QStringLiteral("SELECT base_url, favicon FROM favicons;"), false);
     if (!execute(query))
         return;
 
@@ -500,12 +492,11 @@ void DBWorker::getFavicons()
 
 void DBWorker::setFavicon(const QString& baseUrl, const QString& favicon, bool replace)
 {
-    QSqlQuery query
-        = prepare(replace ? QStringLiteral("INSERT OR REPLACE INTO favicons (base_url, favicon, date) "
-                                           "VALUES (?, ?, ?);")
-                          : QStringLiteral("INSERT OR IGNORE INTO favicons (base_url, favicon, date) "
-                                           "VALUES (?, ?, ?);"),
-            false);
+    auto query = prepare(replace ? QStringLiteral("INSERT OR REPLACE INTO favicons (base_url, favicon, date) "
+                                                  "VALUES (?, ?, ?);")
+                                 : QStringLiteral("INSERT OR IGNORE INTO favicons (base_url, favicon, date) "
+                                                  "VALUES (?, ?, ?);"),
+        false);
     query.addBindValue(baseUrl);
     query.addBindValue(favicon);
     query.addBindValue(now());
@@ -514,7 +505,7 @@ void DBWorker::setFavicon(const QString& baseUrl, const QString& favicon, bool r
 
 void DBWorker::updateTimeFavicon(const QString& baseUrl)
 {
-    QSqlQuery query = prepare(QStringLiteral("UPDATE favicons SET date = ? WHERE base_url = ?;"), false);
+    auto query = prepare(QStringLiteral("UPDATE favicons SET date = ? WHERE base_url = ?;"), false);
     query.addBindValue(now());
     query.addBindValue(baseUrl);
     execute(query);

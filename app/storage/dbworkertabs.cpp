@@ -22,7 +22,7 @@ bool isRecordable(const QString& url)
 void DBWorker::getTabs()
 {
     // Sites and device modes match by substring of the url, the way they were stored.
-    QSqlQuery query = prepare(
+    auto query = prepare(
         QStringLiteral(
             "SELECT tab.tab_id, link.url, link.title, COALESCE(device_modes.device_mode, -1), "
             "tab.screenshot, COALESCE(site_dprs.dpr, -1), tab.order_index FROM tab, link, tab_history "
@@ -52,7 +52,7 @@ void DBWorker::getTabs()
 void DBWorker::addTabs(
     const QList<int>& tabIds, int index, const QStringList& urls, const QStringList& titles, bool isPrivate)
 {
-    QSqlQuery shift = prepare(
+    auto shift = prepare(
         QStringLiteral("UPDATE tab SET order_index = order_index + ? WHERE order_index >= ?;"), isPrivate);
     shift.addBindValue(tabIds.size());
     shift.addBindValue(index);
@@ -63,23 +63,17 @@ void DBWorker::addTabs(
         const int tabId = tabIds.at(i);
         const QString url = urls.value(i);
 
-        QSqlQuery exists = prepare(QStringLiteral("SELECT 1 FROM tab WHERE tab_id = ?;"), isPrivate);
+        auto exists = prepare(QStringLiteral("SELECT 1 FROM tab WHERE tab_id = ?;"), isPrivate);
         exists.addBindValue(tabId);
         if (!execute(exists))
             return;
         const bool known = exists.next();
         exists.finish();
-        QSqlQuery place;
-        if (known) {
-            place = prepare(QStringLiteral("UPDATE tab SET order_index = ? WHERE tab_id = ?;"), isPrivate);
-            place.addBindValue(index + i);
-            place.addBindValue(tabId);
-        } else {
-            place
-                = prepare(QStringLiteral("INSERT INTO tab (tab_id, order_index) VALUES (?, ?);"), isPrivate);
-            place.addBindValue(tabId);
-            place.addBindValue(index + i);
-        }
+        auto place = known
+            ? prepare(QStringLiteral("UPDATE tab SET order_index = ? WHERE tab_id = ?;"), isPrivate)
+            : prepare(QStringLiteral("INSERT INTO tab (tab_id, order_index) VALUES (?, ?);"), isPrivate);
+        place.addBindValue(known ? index + i : tabId);
+        place.addBindValue(known ? tabId : index + i);
         if (!execute(place))
             return;
 
@@ -88,8 +82,7 @@ void DBWorker::addTabs(
 
         // Device modes are the user's per-site choice and are read from the file
         // even for private tabs (the private database holds a copy of them anyway).
-        QSqlQuery mode
-            = prepare(QStringLiteral("SELECT device_mode FROM device_modes WHERE domain = ?"), false);
+        auto mode = prepare(QStringLiteral("SELECT device_mode FROM device_modes WHERE domain = ?"), false);
         mode.addBindValue(FilePathUtils::instance()->getDomain(url));
         if (!execute(mode))
             return;
@@ -103,36 +96,31 @@ void DBWorker::addTabs(
 void DBWorker::updateTab(int tabId, int tabHistoryId, bool isPrivate)
 {
     qCDebug(lcStorage) << Q_FUNC_INFO << "tab:" << tabId << "tab history id:" << tabHistoryId;
-    QSqlQuery exists = prepare(QStringLiteral("SELECT 1 FROM tab WHERE tab_id = ?;"), isPrivate);
+    auto exists = prepare(QStringLiteral("SELECT 1 FROM tab WHERE tab_id = ?;"), isPrivate);
     exists.addBindValue(tabId);
     if (!execute(exists))
         return;
     const bool known = exists.next();
     exists.finish();
-    QSqlQuery query;
-    if (known) {
-        query = prepare(QStringLiteral("UPDATE tab SET tab_history_id = ? WHERE tab_id = ?;"), isPrivate);
-        query.addBindValue(tabHistoryId);
-        query.addBindValue(tabId);
-    } else {
-        query = prepare(QStringLiteral("INSERT INTO tab (tab_id, tab_history_id) VALUES (?, ?);"), isPrivate);
-        query.addBindValue(tabId);
-        query.addBindValue(tabHistoryId);
-    }
+    auto query = known
+        ? prepare(QStringLiteral("UPDATE tab SET tab_history_id = ? WHERE tab_id = ?;"), isPrivate)
+        : prepare(QStringLiteral("INSERT INTO tab (tab_id, tab_history_id) VALUES (?, ?);"), isPrivate);
+    query.addBindValue(known ? tabHistoryId : tabId);
+    query.addBindValue(known ? tabId : tabHistoryId);
     execute(query);
 }
 
 void DBWorker::removeTab(int tabId, int index, bool isPrivate)
 {
-    QSqlQuery removeRow = prepare(QStringLiteral("DELETE FROM tab WHERE tab_id = ?;"), isPrivate);
+    auto removeRow = prepare(QStringLiteral("DELETE FROM tab WHERE tab_id = ?;"), isPrivate);
     removeRow.addBindValue(tabId);
     if (!execute(removeRow))
         return;
-    QSqlQuery removeHistory = prepare(QStringLiteral("DELETE FROM tab_history WHERE tab_id = ?;"), isPrivate);
+    auto removeHistory = prepare(QStringLiteral("DELETE FROM tab_history WHERE tab_id = ?;"), isPrivate);
     removeHistory.addBindValue(tabId);
     if (!execute(removeHistory))
         return;
-    QSqlQuery closeGap = prepare(
+    auto closeGap = prepare(
         QStringLiteral("UPDATE tab SET order_index = order_index - 1 WHERE order_index >= ?;"), isPrivate);
     closeGap.addBindValue(index);
     execute(closeGap);
@@ -142,7 +130,7 @@ void DBWorker::clearTabs(bool isPrivate)
 {
     for (const QString& sql : { QStringLiteral("DELETE FROM tab;"), QStringLiteral("DELETE FROM link;"),
              QStringLiteral("DELETE FROM tab_history;") }) {
-        QSqlQuery query = prepare(sql, isPrivate);
+        auto query = prepare(sql, isPrivate);
         if (!execute(query))
             return;
     }
@@ -150,7 +138,7 @@ void DBWorker::clearTabs(bool isPrivate)
 
 void DBWorker::setScreenshotTab(int tabId, const QString& screenshot)
 {
-    QSqlQuery query = prepare(QStringLiteral("UPDATE tab SET screenshot = ? WHERE tab_id = ?;"), false);
+    auto query = prepare(QStringLiteral("UPDATE tab SET screenshot = ? WHERE tab_id = ?;"), false);
     query.addBindValue(screenshot);
     query.addBindValue(tabId);
     execute(query);
