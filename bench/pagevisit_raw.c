@@ -23,15 +23,19 @@ static sqlite3* db;
 static int reuse = 1;
 
 static const char* const schema[] = {
-    "CREATE TABLE IF NOT EXISTS tab (tab_id INTEGER PRIMARY KEY AUTOINCREMENT, tab_history_id INTEGER, screenshot "
+    "CREATE TABLE IF NOT EXISTS tab (tab_id INTEGER PRIMARY KEY AUTOINCREMENT, tab_history_id INTEGER, "
+    "screenshot "
     "TEXT, order_index INTEGER);",
-    "CREATE TABLE IF NOT EXISTS link (link_id INTEGER PRIMARY KEY AUTOINCREMENT, url TEXT, title TEXT, thumb_path "
+    "CREATE TABLE IF NOT EXISTS link (link_id INTEGER PRIMARY KEY AUTOINCREMENT, url TEXT, title TEXT, "
+    "thumb_path "
     "TEXT);",
     "CREATE TABLE IF NOT EXISTS browser_history (id INTEGER PRIMARY KEY AUTOINCREMENT, url TEXT, title TEXT, "
     "favorite_icon TEXT, visited_count INTEGER DEFAULT 1, date INTEGER);",
-    "CREATE TABLE IF NOT EXISTS tab_history (id INTEGER PRIMARY KEY AUTOINCREMENT, tab_id INTEGER, link_id INTEGER, "
+    "CREATE TABLE IF NOT EXISTS tab_history (id INTEGER PRIMARY KEY AUTOINCREMENT, tab_id INTEGER, link_id "
+    "INTEGER, "
     "date INTEGER);",
-    "CREATE INDEX IF NOT EXISTS browser_history_url_date_title_visited_count ON browser_history (url, date, title, "
+    "CREATE INDEX IF NOT EXISTS browser_history_url_date_title_visited_count ON browser_history (url, date, "
+    "title, "
     "visited_count);",
     "CREATE INDEX IF NOT EXISTS browser_history_date ON browser_history (date);",
     "CREATE INDEX IF NOT EXISTS tab_history_tab_id ON tab_history (tab_id);",
@@ -223,8 +227,8 @@ int main(int argc, char** argv)
     const double total = monotonicUs() - begin;
     qsort(us, visits, sizeof *us, compare);
     printf("raw sqlite3, %s, %s statements: %d visits, median %.1f us, mean %.1f us, p90 %.1f us\n",
-           wal ? "WAL + synchronous=NORMAL" : "DELETE journal + synchronous=FULL", reuse ? "reused" : "re-prepared",
-           visits, us[visits / 2], total / visits, us[visits * 9 / 10]);
+        wal ? "WAL + synchronous=NORMAL" : "DELETE journal + synchronous=FULL",
+        reuse ? "reused" : "re-prepared", visits, us[visits / 2], total / visits, us[visits * 9 / 10]);
     for (int i = 0; i < StatementCount; ++i)
         sqlite3_finalize(cached[i]);
     sqlite3_close(db);

@@ -3,7 +3,8 @@
 #include <QGuiApplication>
 #include <QScreen>
 
-namespace {
+namespace
+{
 // Density at which one dp is one device pixel (the usual mdpi reference).
 constexpr double referenceDpi = 160.0;
 // Launcher icon side at the reference density.

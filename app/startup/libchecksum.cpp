@@ -11,7 +11,8 @@
 
 #include <memory>
 
-namespace {
+namespace
+{
 struct ElfCloser {
     void operator()(Elf* elf) const { elf_end(elf); }
 };
@@ -34,7 +35,7 @@ QString libraryChecksum(const QString& path)
         qCWarning(lcLibChecksum) << "libelf initialisation failed:" << elf_errmsg(-1);
         return QString();
     }
-    Fd file{::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC)};
+    Fd file { ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC) };
     if (file.fd < 0) {
         qCDebug(lcLibChecksum) << "no library at" << path;
         return QString();

@@ -4,9 +4,9 @@
 
 #include <QtQml>
 
-namespace {
-template<typename T>
-void singleton(const char* uri, int major, int minor, const char* name)
+namespace
+{
+template <typename T> void singleton(const char* uri, int major, int minor, const char* name)
 {
     qmlRegisterSingletonType<T>(uri, major, minor, name, &T::qmlInstance);
 }
@@ -17,7 +17,7 @@ const QVector<QmlTypeEntry>& qmlTypeEntries()
     // The one list of the module's types, in the order the front end expects
     // them to be registered. Types join it as their classes exist.
     static const QVector<QmlTypeEntry> entries = {
-        {"FilePathUtils", QmlTypeEntry::Singleton, &singleton<FilePathUtils>},
+        { "FilePathUtils", QmlTypeEntry::Singleton, &singleton<FilePathUtils> },
     };
     return entries;
 }

@@ -8,13 +8,12 @@
 StartOptions parseStartOptions(const QStringList& arguments, bool webdriverSet)
 {
     QCommandLineParser parser;
-    const QCommandLineOption urlOption(QStringLiteral("url"), QStringLiteral("url for opening browser"),
-                                       QStringLiteral("url"));
+    const QCommandLineOption urlOption(
+        QStringLiteral("url"), QStringLiteral("url for opening browser"), QStringLiteral("url"));
     const QCommandLineOption pwaOption(QStringLiteral("pwa"));
     // Accepted so that the launcher's socket argument is not taken for a URL; never read.
-    const QCommandLineOption socketOption(QStringLiteral("socket"),
-                                          QStringLiteral("Socket path for D-Bus connection"),
-                                          QStringLiteral("path"));
+    const QCommandLineOption socketOption(
+        QStringLiteral("socket"), QStringLiteral("Socket path for D-Bus connection"), QStringLiteral("path"));
     parser.addOption(urlOption);
     parser.addOption(pwaOption);
     parser.addOption(socketOption);

@@ -6,8 +6,8 @@
 // What the command line and the environment ask the browser to do.
 struct StartOptions {
     QString positionalUrl; // first argument, after clean-up
-    QString startUrl;      // the page to open; empty for none
-    bool pwa = false;      // run as the shell of an installed web app
+    QString startUrl; // the page to open; empty for none
+    bool pwa = false; // run as the shell of an installed web app
 };
 
 // Reads the options the way the launcher passes them: unknown options and

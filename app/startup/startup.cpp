@@ -20,14 +20,15 @@
 
 #include <memory>
 
-namespace {
+namespace
+{
 const QString appId = QStringLiteral(WEBDECK_APP_ID);
 const QString installDataDir = QStringLiteral("/usr/share/") + appId;
 const QString appVersion = QStringLiteral("2.1.0.5");
 const QString customQmlImportPath = installDataDir + QStringLiteral("/data/qt5/qml");
 const QString resourcesInstallPath = installDataDir + QStringLiteral("/data/qt5/qml/ru/orvaneos/WebView");
-const QString subprocessLauncherInstallPath
-    = QStringLiteral("/usr/libexec/") + appId + QStringLiteral("/bin/ru.orvaneos.webview-subprocess-launcher");
+const QString subprocessLauncherInstallPath = QStringLiteral("/usr/libexec/") + appId
+    + QStringLiteral("/bin/ru.orvaneos.webview-subprocess-launcher");
 const QString privateLibdir = installDataDir + QStringLiteral("/lib");
 const QString browserExtensionsPath = installDataDir + QStringLiteral("/browser-extensions/");
 const QString cryptoproCheckerInstallPath
@@ -51,8 +52,8 @@ bool osBelow52()
 
 QString engineCryptoChecksum()
 {
-    QString checksum = libraryChecksum(QStringLiteral("/opt/app/") + appId
-                                       + QStringLiteral("/current/data/lib/libcef-openssl.so"));
+    QString checksum = libraryChecksum(
+        QStringLiteral("/opt/app/") + appId + QStringLiteral("/current/data/lib/libcef-openssl.so"));
     if (checksum.isEmpty())
         checksum = libraryChecksum(installDataDir + QStringLiteral("/lib/libcef-openssl.so"));
     return checksum;
@@ -103,7 +104,8 @@ int runWebdeck(int& argc, char** argv, const StartupConfig& config)
     browserTranslator->load(locale, QStringLiteral("ru.nuvo.browser"), QStringLiteral("-"), translationsDir);
     app->installTranslator(browserTranslator.get());
     std::unique_ptr<QTranslator> webviewTranslator(new QTranslator);
-    webviewTranslator->load(locale, QStringLiteral("ru.orvaneos.webview"), QStringLiteral("-"), translationsDir);
+    webviewTranslator->load(
+        locale, QStringLiteral("ru.orvaneos.webview"), QStringLiteral("-"), translationsDir);
     app->installTranslator(webviewTranslator.get());
 
     std::unique_ptr<QQuickView> view(Orvane::Application::createView());
@@ -121,8 +123,8 @@ int runWebdeck(int& argc, char** argv, const StartupConfig& config)
     parameters.insert(QStringLiteral("browser-extensions-path"), browserExtensionsPath);
     parameters.insert(QStringLiteral("disable-system-extensions"), QStringLiteral("yes"));
     parameters.insert(QStringLiteral("cryptopro-checker-path"), cryptoproCheckerInstallPath);
-    const std::vector<std::string> switches{"--browser-subprocess-path="
-                                            + subprocessLauncherInstallPath.toStdString()};
+    const std::vector<std::string> switches { "--browser-subprocess-path="
+        + subprocessLauncherInstallPath.toStdString() };
 
     qputenv("STREAMCAMERA_IGNORE_CODEC_ID", "gstreamer:encoder");
     Orvane::WebView::WebEngineContext::InitBrowser(argc, argv, switches, parameters, {});
@@ -138,14 +140,14 @@ int runWebdeck(int& argc, char** argv, const StartupConfig& config)
     context->setContextProperty(QStringLiteral("VERSION_5_1"), osBelow52());
     context->setContextProperty(QStringLiteral("dbusService"), appId);
     context->setContextProperty(QStringLiteral("dbusIface"), appId);
-    context->setContextProperty(QStringLiteral("captureDir"),
-                                Orvane::Application::getPath(Orvane::Application::CapturePath));
+    context->setContextProperty(
+        QStringLiteral("captureDir"), Orvane::Application::getPath(Orvane::Application::CapturePath));
     context->setContextProperty(QStringLiteral("qmlLocation"), qmlLocation);
     context->setContextProperty(QStringLiteral("appVersion"), appVersion);
     context->setContextProperty(QStringLiteral("libcefOpensslChecksum"), engineCryptoChecksum());
 
-    const QString topLevel = options.pwa ? QStringLiteral("/qml/pwa/PWAWindow.qml")
-                                         : QStringLiteral("/qml/BrowserWindow.qml");
+    const QString topLevel
+        = options.pwa ? QStringLiteral("/qml/pwa/PWAWindow.qml") : QStringLiteral("/qml/BrowserWindow.qml");
     view->setSource(QUrl::fromLocalFile(config.appDataDir + topLevel));
     view->show();
     if (config.beforeExec)

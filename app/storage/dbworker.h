@@ -45,15 +45,15 @@ public slots:
     void removeMostVisitedLink(const QString& url);
 
     // ---- tab history ----
-    void getTabHistory(int tabId, const QString& filter, const QDateTime& start, const QDateTime& end,
-                       bool isPrivate);
+    void getTabHistory(
+        int tabId, const QString& filter, const QDateTime& start, const QDateTime& end, bool isPrivate);
     void addToTabHistory(int tabId, const QString& url, const QString& title, bool isPrivate);
     void goBack(int tabId, bool isPrivate);
     void goForward(int tabId, bool isPrivate);
     void removeTabHistoryEntry(int historyId, int tabId, bool isPrivate);
     void removeTabHistoryEntries(int tabId, const QSet<int>& ids, bool isPrivate);
-    void clearTabHistory(int tabId, int currentTabId, const QDateTime& start, const QDateTime& end,
-                         bool isPrivate);
+    void clearTabHistory(
+        int tabId, int currentTabId, const QDateTime& start, const QDateTime& end, bool isPrivate);
     void clearDeprecatedTabHistory(int tabId, int currentId, bool isPrivate);
     void updateTabHistoryTitle(int tabId, const QString& url, const QString& title, bool isPrivate);
     void updateTabHistoryEntry(int tabHistoryId, const QString& url, const QString& title, bool isPrivate);
@@ -61,7 +61,7 @@ public slots:
     // ---- tabs ----
     void getTabs();
     void addTabs(const QList<int>& tabIds, int index, const QStringList& urls, const QStringList& titles,
-                 bool isPrivate);
+        bool isPrivate);
     void updateTab(int tabId, int tabHistoryId, bool isPrivate);
     void removeTab(int tabId, int index, bool isPrivate);
     void clearTabs(bool isPrivate);
@@ -130,8 +130,8 @@ public slots:
     void removeAllDprs();
 
 signals:
-    void historyAvailable(const QList<Link>& links, const QString& filter, const QDateTime& start,
-                          const QDateTime& end);
+    void historyAvailable(
+        const QList<Link>& links, const QString& filter, const QDateTime& start, const QDateTime& end);
     void tabHistoryAvailable(int tabId, const QList<Link>& linkList, int currentLinkId);
     void mostVisitedLinksAvailable(const QList<Link>& links);
     void tabsAvailable(const QList<Tab>& tabs);

@@ -9,14 +9,16 @@
 #include <QUrl>
 #include <libpsl.h>
 
-namespace {
+namespace
+{
 // Users paste URLs with and without a scheme; a bare "example.com/page" must
 // still yield a host.
 QUrl toUrl(const QString& text)
 {
     const QString trimmed = text.trimmed();
     QUrl url(trimmed, QUrl::TolerantMode);
-    if (url.host().isEmpty() && !trimmed.contains(QLatin1String("://")) && !trimmed.startsWith(QLatin1String("file:")))
+    if (url.host().isEmpty() && !trimmed.contains(QLatin1String("://"))
+        && !trimmed.startsWith(QLatin1String("file:")))
         url = QUrl::fromUserInput(trimmed);
     return url;
 }
@@ -79,9 +81,8 @@ QString FilePathUtils::getDomain(const QString& url) const
 
 QString FilePathUtils::getCommonUrl(const QString& url) const
 {
-    static const QLatin1String prefixes[] = {QLatin1String("http://www."), QLatin1String("https://www."),
-                                             QLatin1String("http://"), QLatin1String("https://"),
-                                             QLatin1String("file:///")};
+    static const QLatin1String prefixes[] = { QLatin1String("http://www."), QLatin1String("https://www."),
+        QLatin1String("http://"), QLatin1String("https://"), QLatin1String("file:///") };
     for (const QLatin1String& prefix : prefixes) {
         if (url.startsWith(prefix))
             return url.mid(prefix.size());
@@ -102,8 +103,8 @@ QString FilePathUtils::getReadableSize(qint64 bytes) const
     if (bytes < 1024)
         //% "%1 B"
         return qtTrId("browser-la-size-bytes").arg(bytes);
-    const char* const ids[] = {QT_TRID_NOOP("browser-la-size-kb"), QT_TRID_NOOP("browser-la-size-mb"),
-                               QT_TRID_NOOP("browser-la-size-gb"), QT_TRID_NOOP("browser-la-size-tb")};
+    const char* const ids[] = { QT_TRID_NOOP("browser-la-size-kb"), QT_TRID_NOOP("browser-la-size-mb"),
+        QT_TRID_NOOP("browser-la-size-gb"), QT_TRID_NOOP("browser-la-size-tb") };
     double value = bytes / 1024.0;
     int unit = 0;
     while (value >= 1024.0 && unit < 3) {

@@ -14,7 +14,8 @@
 
 using namespace Orvane::PWA;
 
-namespace {
+namespace
+{
 
 void discardMessage(QtMsgType, const QMessageLogContext&, const QString&) { }
 

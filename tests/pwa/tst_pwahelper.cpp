@@ -8,14 +8,16 @@
 
 using namespace Orvane::PWA;
 
-namespace {
+namespace
+{
 // Every log line as "<category> <level>: <text>": what was said and where it went.
 QStringList s_lines;
 
 void captureMessage(QtMsgType type, const QMessageLogContext& context, const QString& text)
 {
-    static const char* const levels[] = {"debug", "warning", "critical", "fatal", "info"};
-    s_lines << QStringLiteral("%1 %2: %3").arg(QLatin1String(context.category), QLatin1String(levels[type]), text);
+    static const char* const levels[] = { "debug", "warning", "critical", "fatal", "info" };
+    s_lines << QStringLiteral("%1 %2: %3")
+                   .arg(QLatin1String(context.category), QLatin1String(levels[type]), text);
 }
 
 // The suite runs with debug output off, but the helpers' debug lines are part of their behaviour.
@@ -45,7 +47,7 @@ QString referenceAppId(const QString& text)
 // Demangled defined symbols of the built library, name -> nm type letter.
 QHash<QString, QChar> librarySymbols(bool dynamicOnly)
 {
-    QStringList arguments{QStringLiteral("--defined-only"), QStringLiteral("-C")};
+    QStringList arguments { QStringLiteral("--defined-only"), QStringLiteral("-C") };
     if (dynamicOnly)
         arguments << QStringLiteral("-D");
     QProcess nm;
@@ -98,7 +100,8 @@ void TestPwaHelper::manifestValidity_data()
     QTest::newRow("empty object is enough") << site << QByteArray("{}") << QString();
     QTest::newRow("array") << site << QByteArray(R"([{"name":"App"}])") << badManifest;
     QTest::newRow("empty document") << site << QByteArray() << badManifest;
-    QTest::newRow("malformed base URL") << QUrl(QStringLiteral("http://exa mple.org/")) << QByteArray("{}") << badBase;
+    QTest::newRow("malformed base URL")
+        << QUrl(QStringLiteral("http://exa mple.org/")) << QByteArray("{}") << badBase;
     QTest::newRow("base URL judged first") << QUrl() << QByteArray("[1]") << badBase;
 }
 
@@ -108,7 +111,7 @@ void TestPwaHelper::manifestValidity()
     QFETCH(QByteArray, manifest);
     QFETCH(QString, warning);
     QCOMPARE(verifyManifestValidity(baseUrl, QJsonDocument::fromJson(manifest)), warning.isEmpty());
-    QCOMPARE(s_lines, warning.isEmpty() ? QStringList() : QStringList{warning});
+    QCOMPARE(s_lines, warning.isEmpty() ? QStringList() : QStringList { warning });
 }
 
 void TestPwaHelper::scopeUrl_data()
@@ -121,26 +124,29 @@ void TestPwaHelper::scopeUrl_data()
     const QString start = QStringLiteral("https://example.org/app/index.html");
     const QString appDir = QStringLiteral("https://example.org/app/");
     QTest::newRow("relative scope") << m << QByteArray(R"({"scope":"/app/"})") << start << appDir;
-    QTest::newRow("relative to a nested manifest") << QStringLiteral("https://example.org/app/conf/manifest.json")
-                                                   << QByteArray(R"({"scope":"../"})") << start << appDir;
-    QTest::newRow("scope without slash") << m << QByteArray(R"({"scope":"/app"})") << start
-                                         << QStringLiteral("https://example.org/app");
+    QTest::newRow("relative to a nested manifest")
+        << QStringLiteral("https://example.org/app/conf/manifest.json") << QByteArray(R"({"scope":"../"})")
+        << start << appDir;
+    QTest::newRow("scope without slash")
+        << m << QByteArray(R"({"scope":"/app"})") << start << QStringLiteral("https://example.org/app");
     QTest::newRow("mere name prefix") << m << QByteArray(R"({"scope":"/ap"})") << start << appDir;
     QTest::newRow("foreign scope ignored") << m << QByteArray(R"({"scope":"/other/"})") << start << appDir;
-    QTest::newRow("other host") << m << QByteArray(R"({"scope":"https://example.com/app/"})") << start << appDir;
-    QTest::newRow("other scheme") << m << QByteArray(R"({"scope":"http://example.org/app/"})") << start << appDir;
-    QTest::newRow("no scope, query and fragment") << m << QByteArray("{}")
-                                                  << QStringLiteral("https://example.org/a/b?x=1#top")
-                                                  << QStringLiteral("https://example.org/a/");
+    QTest::newRow("other host") << m << QByteArray(R"({"scope":"https://example.com/app/"})") << start
+                                << appDir;
+    QTest::newRow("other scheme") << m << QByteArray(R"({"scope":"http://example.org/app/"})") << start
+                                  << appDir;
+    QTest::newRow("no scope, query and fragment")
+        << m << QByteArray("{}") << QStringLiteral("https://example.org/a/b?x=1#top")
+        << QStringLiteral("https://example.org/a/");
     QTest::newRow("equal paths with slash") << m << QByteArray(R"({"scope":"/app/"})") << appDir << appDir;
-    QTest::newRow("equal paths without slash") << m << QByteArray(R"({"scope":"/app"})")
-                                               << QStringLiteral("https://example.org/app")
-                                               << QStringLiteral("https://example.org/");
-    QTest::newRow("relative start URL") << QStringLiteral("https://example.org/pwa/manifest.json") << QByteArray("{}")
-                                        << QStringLiteral("sub/page.html?x=1")
-                                        << QStringLiteral("https://example.org/pwa/sub/");
-    QTest::newRow("invalid start URL") << m << QByteArray("{}") << QStringLiteral("https://exa mple.org/app/")
-                                       << QString();
+    QTest::newRow("equal paths without slash")
+        << m << QByteArray(R"({"scope":"/app"})") << QStringLiteral("https://example.org/app")
+        << QStringLiteral("https://example.org/");
+    QTest::newRow("relative start URL")
+        << QStringLiteral("https://example.org/pwa/manifest.json") << QByteArray("{}")
+        << QStringLiteral("sub/page.html?x=1") << QStringLiteral("https://example.org/pwa/sub/");
+    QTest::newRow("invalid start URL")
+        << m << QByteArray("{}") << QStringLiteral("https://exa mple.org/app/") << QString();
 }
 
 void TestPwaHelper::scopeUrl()
@@ -154,9 +160,10 @@ void TestPwaHelper::scopeUrl()
     info.manifest = QJsonDocument::fromJson(manifest);
     info.startUrl = QUrl(startUrl);
     QCOMPARE(extractScopeUrl(info), QUrl(scope));
-    QCOMPARE(s_lines, scope.isEmpty() ? QStringList{QStringLiteral(
-                                            "browser.pwahelper debug: start_url is invalid! returning empty scope url")}
-                                      : QStringList());
+    QCOMPARE(s_lines,
+        scope.isEmpty() ? QStringList { QStringLiteral(
+            "browser.pwahelper debug: start_url is invalid! returning empty scope url") }
+                        : QStringList());
 }
 
 void TestPwaHelper::orientation_data()
@@ -164,21 +171,19 @@ void TestPwaHelper::orientation_data()
     QTest::addColumn<QByteArray>("manifest");
     QTest::addColumn<QString>("orientation");
     QTest::addColumn<QString>("line");
-    const QString fallback = QStringLiteral("browser.pwahelper debug: orientation empty or invalid, using All");
-    const char* const table[][2] = {{"any", "All"},
-                                    {"natural", "All"},
-                                    {"portrait", "PortraitMask"},
-                                    {"portrait-primary", "Portrait"},
-                                    {"portrait-secondary", "PortraitInverted"},
-                                    {"landscape", "LandscapeMask"},
-                                    {"landscape-primary", "Landscape"},
-                                    {"landscape-secondary", "LandscapeInverted"}};
+    const QString fallback
+        = QStringLiteral("browser.pwahelper debug: orientation empty or invalid, using All");
+    const char* const table[][2] = { { "any", "All" }, { "natural", "All" }, { "portrait", "PortraitMask" },
+        { "portrait-primary", "Portrait" }, { "portrait-secondary", "PortraitInverted" },
+        { "landscape", "LandscapeMask" }, { "landscape-primary", "Landscape" },
+        { "landscape-secondary", "LandscapeInverted" } };
     for (const auto& row : table)
-        QTest::newRow(row[0]) << (QByteArray(R"({"orientation":")") + row[0] + "\"}") << QString::fromLatin1(row[1])
-                              << QString();
+        QTest::newRow(row[0]) << (QByteArray(R"({"orientation":")") + row[0] + "\"}")
+                              << QString::fromLatin1(row[1]) << QString();
     QTest::newRow("missing") << QByteArray("{}") << QStringLiteral("All")
                              << QStringLiteral("browser.pwahelper debug: no orientation, using All");
-    QTest::newRow("case-sensitive") << QByteArray(R"({"orientation":"Portrait"})") << QStringLiteral("All") << fallback;
+    QTest::newRow("case-sensitive") << QByteArray(R"({"orientation":"Portrait"})") << QStringLiteral("All")
+                                    << fallback;
     QTest::newRow("empty") << QByteArray(R"({"orientation":""})") << QStringLiteral("All") << fallback;
     QTest::newRow("not a string") << QByteArray(R"({"orientation":["landscape"]})") << QStringLiteral("All")
                                   << fallback;
@@ -190,7 +195,7 @@ void TestPwaHelper::orientation()
     QFETCH(QString, orientation);
     QFETCH(QString, line);
     QCOMPARE(extractOrvaneAppOrientation(QJsonDocument::fromJson(manifest)), orientation);
-    QCOMPARE(s_lines, line.isEmpty() ? QStringList() : QStringList{line});
+    QCOMPARE(s_lines, line.isEmpty() ? QStringList() : QStringList { line });
 }
 
 void TestPwaHelper::appId_data()
@@ -206,7 +211,7 @@ void TestPwaHelper::appId()
     QFETCH(QString, text);
     const QString expected = referenceAppId(text);
     QCOMPARE(generateAppId(text), expected);
-    QCOMPARE(s_lines, QStringList{QStringLiteral("default debug: appId: \"%1\"").arg(expected)});
+    QCOMPARE(s_lines, QStringList { QStringLiteral("default debug: appId: \"%1\"").arg(expected) });
 }
 
 void TestPwaHelper::idAlphabet_data()
@@ -231,11 +236,11 @@ void TestPwaHelper::icons_data()
     QTest::addColumn<QList<QSize>>("sizes");
     QTest::addColumn<int>("source"); // index of the image the icons come from, -1 for none
     QTest::newRow("nothing") << QList<QSize>() << -1;
-    QTest::newRow("larger side wins, not area") << QList<QSize>{{100, 100}, {200, 50}} << 1;
-    QTest::newRow("tie goes to the first") << QList<QSize>{{200, 50}, {50, 200}, {200, 200}} << 0;
-    QTest::newRow("null images skipped") << QList<QSize>{{0, 0}, {10, 10}} << 1;
-    QTest::newRow("only null images") << QList<QSize>{{0, 0}, {0, 0}} << -1;
-    QTest::newRow("wide image stretched") << QList<QSize>{{512, 256}} << 0;
+    QTest::newRow("larger side wins, not area") << QList<QSize> { { 100, 100 }, { 200, 50 } } << 1;
+    QTest::newRow("tie goes to the first") << QList<QSize> { { 200, 50 }, { 50, 200 }, { 200, 200 } } << 0;
+    QTest::newRow("null images skipped") << QList<QSize> { { 0, 0 }, { 10, 10 } } << 1;
+    QTest::newRow("only null images") << QList<QSize> { { 0, 0 }, { 0, 0 } } << -1;
+    QTest::newRow("wide image stretched") << QList<QSize> { { 512, 256 } } << 0;
 }
 
 void TestPwaHelper::icons()
@@ -262,7 +267,7 @@ void TestPwaHelper::icons()
         return;
     }
     QCOMPARE(icons.size(), 4);
-    const int sides[] = {86, 108, 128, 172};
+    const int sides[] = { 86, 108, 128, 172 };
     for (int i = 0; i < 4; ++i) {
         const QImage& icon = icons.at(i);
         QCOMPARE(icon.size(), QSize(sides[i], sides[i]));
@@ -275,7 +280,7 @@ void TestPwaHelper::icons()
 
 void TestPwaHelper::libraryExportsOnlyTheRules()
 {
-    const QStringList rules{
+    const QStringList rules {
         QStringLiteral("pwaHelper()"),
         QStringLiteral("Orvane::PWA::verifyManifestValidity(QUrl const&, QJsonDocument const&)"),
         QStringLiteral("Orvane::PWA::extractScopeUrl(Orvane::PWA::PWAInfo const&)"),
@@ -299,7 +304,8 @@ void TestPwaHelper::libraryExportsOnlyTheRules()
     QVERIFY(librarySymbols(false).contains(table) && !exported.contains(table));
     // Other programs link the file by its versioned name.
     QProcess objdump;
-    objdump.start(QStringLiteral(OBJDUMP_PROGRAM), {QStringLiteral("-p"), QStringLiteral(PWAHELPER_LIBRARY_FILE)});
+    objdump.start(
+        QStringLiteral(OBJDUMP_PROGRAM), { QStringLiteral("-p"), QStringLiteral(PWAHELPER_LIBRARY_FILE) });
     objdump.waitForFinished(30000);
     QVERIFY(QString::fromUtf8(objdump.readAllStandardOutput())
                 .contains(QRegularExpression(QStringLiteral("SONAME\\s+libwebdeck-pwahelper\\.so\\.1\\n"))));

@@ -23,9 +23,8 @@ int main(int argc, char** argv)
     config.beforeExec = [output](QQuickView* view) {
         QJsonObject report;
         QJsonObject properties;
-        const char* const names[] = {"STANDALONE", "startUrl",   "inapptab", "pwa",
-                                     "VERSION_5_1", "dbusService", "dbusIface", "captureDir",
-                                     "qmlLocation", "appVersion",  "libcefOpensslChecksum"};
+        const char* const names[] = { "STANDALONE", "startUrl", "inapptab", "pwa", "VERSION_5_1",
+            "dbusService", "dbusIface", "captureDir", "qmlLocation", "appVersion", "libcefOpensslChecksum" };
         for (const char* name : names) {
             const QVariant value = view->rootContext()->contextProperty(QString::fromLatin1(name));
             if (value.isValid())
@@ -38,7 +37,7 @@ int main(int argc, char** argv)
         report.insert(QStringLiteral("organization"), QCoreApplication::organizationName());
         report.insert(QStringLiteral("application"), QCoreApplication::applicationName());
         QJsonObject env;
-        for (const char* name : {"ORVANE_APP_ID", "ORVANE_PACKAGE_NAME", "STREAMCAMERA_IGNORE_CODEC_ID"}) {
+        for (const char* name : { "ORVANE_APP_ID", "ORVANE_PACKAGE_NAME", "STREAMCAMERA_IGNORE_CODEC_ID" }) {
             if (qEnvironmentVariableIsSet(name))
                 env.insert(QString::fromLatin1(name), qEnvironmentVariable(name));
         }
@@ -52,7 +51,8 @@ int main(int argc, char** argv)
         for (const std::string& sw : Orvane::WebView::WebEngineContext::switches())
             switches.append(QString::fromStdString(sw));
         report.insert(QStringLiteral("engineSwitches"), switches);
-        report.insert(QStringLiteral("engineInitialized"), Orvane::WebView::WebEngineContext::isInitialized());
+        report.insert(
+            QStringLiteral("engineInitialized"), Orvane::WebView::WebEngineContext::isInitialized());
         if (QQuickItem* root = view->rootObject())
             report.insert(QStringLiteral("qmlReport"), root->property("report").toString());
 

@@ -10,11 +10,12 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-namespace {
+namespace
+{
 QString expectedDigest(const QString& path)
 {
     QProcess readelf;
-    readelf.start(QStringLiteral("readelf"), {QStringLiteral("-lW"), path});
+    readelf.start(QStringLiteral("readelf"), { QStringLiteral("-lW"), path });
     if (!readelf.waitForFinished(10000) || readelf.exitCode() != 0)
         return QStringLiteral("readelf failed");
     QFile file(path);
@@ -26,7 +27,8 @@ QString expectedDigest(const QString& path)
     const QRegularExpression load(QStringLiteral(
         R"(^\s*LOAD\s+0x([0-9a-f]+)\s+0x[0-9a-f]+\s+0x[0-9a-f]+\s+0x([0-9a-f]+)\s+0x[0-9a-f]+\s+([RWE ]+?)\s+0x)"));
     int segments = 0;
-    for (const QString& line : QString::fromLatin1(readelf.readAllStandardOutput()).split(QLatin1Char('\n'))) {
+    for (const QString& line :
+        QString::fromLatin1(readelf.readAllStandardOutput()).split(QLatin1Char('\n'))) {
         const auto match = load.match(line);
         if (!match.hasMatch() || !match.captured(3).contains(QLatin1Char('E')))
             continue;
@@ -73,7 +75,8 @@ void TestLibChecksum::elfFiles()
     // The digest of the whole file would be something else: only code counts.
     QFile file(path);
     QVERIFY(file.open(QIODevice::ReadOnly));
-    QVERIFY(digest != QString::fromLatin1(QCryptographicHash::hash(file.readAll(), QCryptographicHash::Sha256).toHex()));
+    QVERIFY(digest
+        != QString::fromLatin1(QCryptographicHash::hash(file.readAll(), QCryptographicHash::Sha256).toHex()));
 }
 
 void TestLibChecksum::notADigestableFile_data()
@@ -83,7 +86,10 @@ void TestLibChecksum::notADigestableFile_data()
     QTest::newRow("missing") << QStringLiteral("missing.so") << QByteArray();
     QTest::newRow("text") << QStringLiteral("text.so") << QByteArray("not an ELF file at all\n");
     QTest::newRow("empty") << QStringLiteral("empty.so") << QByteArray("");
-    QTest::newRow("magic only") << QStringLiteral("magic.so") << QByteArray("\x7f" "ELF", 4);
+    QTest::newRow("magic only") << QStringLiteral("magic.so")
+                                << QByteArray("\x7f"
+                                              "ELF",
+                                       4);
     QFile self(QCoreApplication::applicationFilePath());
     self.open(QIODevice::ReadOnly);
     // Headers promise segments that the file no longer holds.

@@ -10,7 +10,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-namespace {
+namespace
+{
 const char* const browserQml
     = "import QtQuick 2.15\n"
       "import BrowserInternal 1.0\n"
@@ -18,7 +19,8 @@ const char* const browserQml
       "    property string report: [typeof startUrl !== 'undefined' ? startUrl : '<unset>',\n"
       "                             FilePathUtils.getCommonUrl('https://www.example.com/a'),\n"
       "                             pwa, STANDALONE].join('|')\n"
-      "}\n";}
+      "}\n";
+}
 
 class TestStartup : public QObject
 {
@@ -46,7 +48,8 @@ void TestStartup::initTestCase()
 {
     QVERIFY(m_appData.isValid());
     QVERIFY(QDir(m_appData.path()).mkpath(QStringLiteral("qml/pwa")));
-    for (const QString& name : {QStringLiteral("qml/BrowserWindow.qml"), QStringLiteral("qml/pwa/PWAWindow.qml")}) {
+    for (const QString& name :
+        { QStringLiteral("qml/BrowserWindow.qml"), QStringLiteral("qml/pwa/PWAWindow.qml") }) {
         QFile file(m_appData.filePath(name));
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write(browserQml);
@@ -92,13 +95,13 @@ void TestStartup::browserMode_data()
     QTest::addColumn<bool>("webdriver");
     QTest::addColumn<QString>("expectedStartUrl"); // "<unset>" when no context property
 
-    QTest::newRow("no url") << QStringList{} << false << QStringLiteral("<unset>");
-    QTest::newRow("positional url") << QStringList{QStringLiteral("https://example.com/")} << false
+    QTest::newRow("no url") << QStringList {} << false << QStringLiteral("<unset>");
+    QTest::newRow("positional url") << QStringList { QStringLiteral("https://example.com/") } << false
                                     << QStringLiteral("https://example.com/");
-    QTest::newRow("webdriver") << QStringList{QStringLiteral("https://example.com/")} << true
+    QTest::newRow("webdriver") << QStringList { QStringLiteral("https://example.com/") } << true
                                << QStringLiteral("about:blank");
-    QTest::newRow("socket ignored") << QStringList{QStringLiteral("--socket"), QStringLiteral("/tmp/s")} << false
-                                    << QStringLiteral("<unset>");
+    QTest::newRow("socket ignored") << QStringList { QStringLiteral("--socket"), QStringLiteral("/tmp/s") }
+                                    << false << QStringLiteral("<unset>");
 }
 
 void TestStartup::browserMode()
@@ -119,21 +122,23 @@ void TestStartup::browserMode()
     QCOMPARE(env.value(QStringLiteral("ORVANE_APP_ID")).toString(), QStringLiteral("ru.nuvo.webdeck"));
     QCOMPARE(env.value(QStringLiteral("ORVANE_PACKAGE_NAME")).toString(), QStringLiteral("ru.nuvo.webdeck"));
     QCOMPARE(env.value(QStringLiteral("STREAMCAMERA_IGNORE_CODEC_ID")).toString(),
-             QStringLiteral("gstreamer:encoder"));
+        QStringLiteral("gstreamer:encoder"));
 
     QVERIFY(report.value(QStringLiteral("engineInitialized")).toBool());
-    const QJsonObject expectedParameters{
-        {QStringLiteral("resources-path"),
-         QStringLiteral("/usr/share/ru.nuvo.webdeck/data/qt5/qml/ru/orvaneos/WebView")},
-        {QStringLiteral("private-libdir"), QStringLiteral("/usr/share/ru.nuvo.webdeck/lib")},
-        {QStringLiteral("browser-extensions-path"), QStringLiteral("/usr/share/ru.nuvo.webdeck/browser-extensions/")},
-        {QStringLiteral("disable-system-extensions"), QStringLiteral("yes")},
-        {QStringLiteral("cryptopro-checker-path"),
-         QStringLiteral("/usr/libexec/ru.nuvo.webdeck/bin/ru.orvaneos.webview-cryptopro-checker")},
+    const QJsonObject expectedParameters {
+        { QStringLiteral("resources-path"),
+            QStringLiteral("/usr/share/ru.nuvo.webdeck/data/qt5/qml/ru/orvaneos/WebView") },
+        { QStringLiteral("private-libdir"), QStringLiteral("/usr/share/ru.nuvo.webdeck/lib") },
+        { QStringLiteral("browser-extensions-path"),
+            QStringLiteral("/usr/share/ru.nuvo.webdeck/browser-extensions/") },
+        { QStringLiteral("disable-system-extensions"), QStringLiteral("yes") },
+        { QStringLiteral("cryptopro-checker-path"),
+            QStringLiteral("/usr/libexec/ru.nuvo.webdeck/bin/ru.orvaneos.webview-cryptopro-checker") },
     };
     QCOMPARE(report.value(QStringLiteral("engineParameters")).toObject(), expectedParameters);
-    const QJsonArray expectedSwitches{QStringLiteral(
-        "--browser-subprocess-path=/usr/libexec/ru.nuvo.webdeck/bin/ru.orvaneos.webview-subprocess-launcher")};
+    const QJsonArray expectedSwitches { QStringLiteral(
+        "--browser-subprocess-path=/usr/libexec/ru.nuvo.webdeck/bin/"
+        "ru.orvaneos.webview-subprocess-launcher") };
     QCOMPARE(report.value(QStringLiteral("engineSwitches")).toArray(), expectedSwitches);
 
     const QJsonObject props = report.value(QStringLiteral("contextProperties")).toObject();
@@ -143,7 +148,8 @@ void TestStartup::browserMode()
     QVERIFY(props.value(QStringLiteral("VERSION_5_1")).isBool());
     QCOMPARE(props.value(QStringLiteral("dbusService")).toString(), QStringLiteral("ru.nuvo.webdeck"));
     QCOMPARE(props.value(QStringLiteral("dbusIface")).toString(), QStringLiteral("ru.nuvo.webdeck"));
-    QCOMPARE(props.value(QStringLiteral("qmlLocation")).toString(), m_appData.path() + QStringLiteral("/qml"));
+    QCOMPARE(
+        props.value(QStringLiteral("qmlLocation")).toString(), m_appData.path() + QStringLiteral("/qml"));
     QCOMPARE(props.value(QStringLiteral("appVersion")).toString(), QStringLiteral("2.1.0.5"));
     QVERIFY(props.value(QStringLiteral("captureDir")).toString().startsWith(m_profile.path()));
     // No engine crypto library on this machine: the digest is published empty.
@@ -154,23 +160,23 @@ void TestStartup::browserMode()
     else
         QCOMPARE(props.value(QStringLiteral("startUrl")).toString(), expectedStartUrl);
 
-    const QStringList titles{QStringLiteral("Browser"), QStringLiteral("browser-ti-standalone-ap-name")};
+    const QStringList titles { QStringLiteral("Browser"), QStringLiteral("browser-ti-standalone-ap-name") };
     QVERIFY2(titles.contains(report.value(QStringLiteral("title")).toString()),
-             qPrintable(report.value(QStringLiteral("title")).toString()));
+        qPrintable(report.value(QStringLiteral("title")).toString()));
     QCOMPARE(report.value(QStringLiteral("source")).toString(),
-             QUrl::fromLocalFile(m_appData.filePath(QStringLiteral("qml/BrowserWindow.qml"))).toString());
+        QUrl::fromLocalFile(m_appData.filePath(QStringLiteral("qml/BrowserWindow.qml"))).toString());
     // The window loaded and reached the module's types and the context.
     QCOMPARE(report.value(QStringLiteral("status")).toInt(), 1);
     QCOMPARE(report.value(QStringLiteral("qmlReport")).toString(),
-             expectedStartUrl + QStringLiteral("|example.com/a|false|true"));
+        expectedStartUrl + QStringLiteral("|example.com/a|false|true"));
 }
 
 void TestStartup::pwaModeWithoutConfigurationFails_data()
 {
     QTest::addColumn<QStringList>("args");
     QTest::addColumn<bool>("webdriver");
-    QTest::newRow("pwa") << QStringList{QStringLiteral("--pwa")} << false;
-    QTest::newRow("pwa with webdriver") << QStringList{QStringLiteral("--pwa")} << true;
+    QTest::newRow("pwa") << QStringList { QStringLiteral("--pwa") } << false;
+    QTest::newRow("pwa with webdriver") << QStringList { QStringLiteral("--pwa") } << true;
 }
 
 void TestStartup::pwaModeWithoutConfigurationFails()
@@ -182,7 +188,7 @@ void TestStartup::pwaModeWithoutConfigurationFails()
     QCOMPARE(run.exitCode, 255);
     QVERIFY(run.report.isEmpty());
     QVERIFY2(run.stderrText.contains(QLatin1String("no pwa manager, cannot start pwa!")),
-             qPrintable(run.stderrText));
+        qPrintable(run.stderrText));
 }
 
 QTEST_GUILESS_MAIN(TestStartup)

@@ -7,14 +7,16 @@
 #include <QXmlStreamReader>
 #include <QtTest>
 
-namespace {
+namespace
+{
 QSet<QString> idsInSources()
 {
     QSet<QString> ids;
     const QRegularExpression call(QStringLiteral(R"((?:qtTrId|QT_TRID_NOOP)\(\s*"([^"]+)\")"));
-    for (const QString& dir : {QStringLiteral("app"), QStringLiteral("qml")}) {
-        QDirIterator it(QStringLiteral(WEBDECK_SOURCE_DIR "/") + dir, {QStringLiteral("*.cpp"), QStringLiteral("*.h"),
-                        QStringLiteral("*.qml")}, QDir::Files, QDirIterator::Subdirectories);
+    for (const QString& dir : { QStringLiteral("app"), QStringLiteral("qml") }) {
+        QDirIterator it(QStringLiteral(WEBDECK_SOURCE_DIR "/") + dir,
+            { QStringLiteral("*.cpp"), QStringLiteral("*.h"), QStringLiteral("*.qml") }, QDir::Files,
+            QDirIterator::Subdirectories);
         while (it.hasNext()) {
             QFile file(it.next());
             if (!file.open(QIODevice::ReadOnly))
@@ -61,8 +63,9 @@ void TestTranslations::everyIdTranslated_data()
 {
     QTest::addColumn<QString>("ts");
     QTest::addColumn<QString>("qm");
-    QTest::newRow("engineering English") << QStringLiteral(WEBDECK_SOURCE_DIR "/translations/ru.nuvo.webdeck_eng_en.ts")
-                                         << QStringLiteral(WEBDECK_QM_DIR "/ru.nuvo.webdeck_eng_en.qm");
+    QTest::newRow("engineering English")
+        << QStringLiteral(WEBDECK_SOURCE_DIR "/translations/ru.nuvo.webdeck_eng_en.ts")
+        << QStringLiteral(WEBDECK_QM_DIR "/ru.nuvo.webdeck_eng_en.qm");
     QTest::newRow("Russian") << QStringLiteral(WEBDECK_SOURCE_DIR "/translations/ru.nuvo.webdeck-ru.ts")
                              << QStringLiteral(WEBDECK_QM_DIR "/ru.nuvo.webdeck-ru.qm");
 }

@@ -150,7 +150,8 @@ void TestDbInit::firstAndSecondStart()
     QCOMPARE(schema(db), currentSchema);
     QCOMPARE(rows(db,
                  "SELECT db_version, journal_mode, (SELECT COUNT(*) FROM sqlite_master WHERE name IN "
-                 "('browser_history_url_date_title_visited_count', 'tab_history_tab_id')) FROM metadata, pragma_journal_mode;"),
+                 "('browser_history_url_date_title_visited_count', 'tab_history_tab_id')) FROM metadata, "
+                 "pragma_journal_mode;"),
         strings({ "2.1.0.5|wal|2" }));
     // Without a catalogue the translated titles are their ids.
     QCOMPARE(rows(db, "SELECT id, title, url LIKE 'https://_%' FROM bookmark_node;"),

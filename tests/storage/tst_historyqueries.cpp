@@ -141,7 +141,8 @@ private slots:
         addHistory(prior, QDateTime(QDate::currentDate(), QTime(0, 0)).toMSecsSinceEpoch(), 1);
         for (const QString& title : titles.split(QLatin1Char(',')))
             w().addHistoryEntry(QStringLiteral("a"), title);
-        QCOMPARE(sql(QStringLiteral("SELECT url, visited_count, title, date >= ? FROM browser_history ORDER BY id"),
+        QCOMPARE(sql(QStringLiteral(
+                         "SELECT url, visited_count, title, date >= ? FROM browser_history ORDER BY id"),
                      { before }),
             rows);
     }

@@ -6,15 +6,15 @@
 #include <QDebug>
 #include <QtTest>
 
-namespace {
+namespace
+{
 QString captured;
 void capture(QtMsgType, const QMessageLogContext&, const QString& message)
 {
     captured = message;
 }
 
-template<typename T>
-QString debugForm(const T* record)
+template <typename T> QString debugForm(const T* record)
 {
     captured.clear();
     const QtMessageHandler previous = qInstallMessageHandler(capture);
@@ -61,10 +61,11 @@ void TestRecords::link()
     link.title = QStringLiteral("Example \"quoted\"");
     link.thumbnailPath = QStringLiteral("/tmp/t.jpg");
     const QString text = debugForm(&link);
-    QVERIFY2(text.startsWith(QStringLiteral("Link(id =  7 , isValid =  ") + validText
-                             + QStringLiteral(" , url =  \"https://example.com/\" , title =  \"Example \\\"quoted\\\"\" , "
-                                              "thumbnailPath =  \"/tmp/t.jpg\" , date =  QDateTime(Invalid) )")),
-             qPrintable(text));
+    QVERIFY2(
+        text.startsWith(QStringLiteral("Link(id =  7 , isValid =  ") + validText
+            + QStringLiteral(" , url =  \"https://example.com/\" , title =  \"Example \\\"quoted\\\"\" , "
+                             "thumbnailPath =  \"/tmp/t.jpg\" , date =  QDateTime(Invalid) )")),
+        qPrintable(text));
 }
 
 void TestRecords::tab()
@@ -74,8 +75,9 @@ void TestRecords::tab()
     tab.url = QStringLiteral("https://a.example/");
     tab.title = QStringLiteral("A");
     tab.deviceMode = 1;
-    QCOMPARE(debugForm(&tab), QStringLiteral("Tab(id =  3 , url =  \"https://a.example/\" , title =  \"A\" , "
-                                             "deviceMode =  1 , popupWindow =  QObject(0x0) )"));
+    QCOMPARE(debugForm(&tab),
+        QStringLiteral("Tab(id =  3 , url =  \"https://a.example/\" , title =  \"A\" , "
+                       "deviceMode =  1 , popupWindow =  QObject(0x0) )"));
 }
 
 void TestRecords::download()
@@ -88,9 +90,10 @@ void TestRecords::download()
     download.status = 2;
     download.cachedKey = QStringLiteral("k1");
     QCOMPARE(debugForm(&download),
-             QStringLiteral("Download(id =  12 , filePath =  \"/home/u/Downloads/f.pdf\" , url =  "
-                            "\"https://example.com/f.pdf\" , lastModified =  QDateTime(1970-01-01 00:00:00.000 UTC "
-                            "Qt::UTC) , status =  2 , cachedKey =  \"k1\" )"));
+        QStringLiteral(
+            "Download(id =  12 , filePath =  \"/home/u/Downloads/f.pdf\" , url =  "
+            "\"https://example.com/f.pdf\" , lastModified =  QDateTime(1970-01-01 00:00:00.000 UTC "
+            "Qt::UTC) , status =  2 , cachedKey =  \"k1\" )"));
 }
 
 QTEST_GUILESS_MAIN(TestRecords)

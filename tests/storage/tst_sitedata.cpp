@@ -173,8 +173,9 @@ void TestSiteData::privateDataStaysApart()
     m_worker->setDeviceMode(domain, 1, isPrivate);
     // What reaches the file is what a second connection sees there.
     DbFileProbe file(m_profile->databasePath());
-    QCOMPARE(sqlRows(file.database(), QStringLiteral("SELECT dpr FROM site_dprs UNION ALL SELECT device_mode FROM "
-                                                     "device_modes UNION ALL SELECT site FROM sites"))
+    QCOMPARE(sqlRows(file.database(),
+                 QStringLiteral("SELECT dpr FROM site_dprs UNION ALL SELECT device_mode FROM "
+                                "device_modes UNION ALL SELECT site FROM sites"))
                  .join(QLatin1Char(' ')),
         isPrivate ? line({ 2, siteB }) : line({ 3, 1, siteA }));
 

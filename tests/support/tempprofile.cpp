@@ -3,8 +3,9 @@
 #include <QDir>
 #include <QStandardPaths>
 
-namespace {
-const char* const variables[] = {"XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME", "HOME"};
+namespace
+{
+const char* const variables[] = { "XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME", "HOME" };
 }
 
 TempProfile::TempProfile()

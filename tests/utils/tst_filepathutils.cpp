@@ -73,7 +73,7 @@ void TestFilePathUtils::urlHelpers()
     QFETCH(QString, expected);
     QString answer;
     QVERIFY(QMetaObject::invokeMethod(FilePathUtils::instance(), function.toLatin1().constData(),
-                                      Q_RETURN_ARG(QString, answer), Q_ARG(QString, input)));
+        Q_RETURN_ARG(QString, answer), Q_ARG(QString, input)));
     QCOMPARE(answer, expected);
 }
 
@@ -89,7 +89,8 @@ void TestFilePathUtils::readableSize_data()
     QTest::newRow("mb") << qint64(20 * 1024 * 1024 + 300 * 1024) << QStringLiteral("20.3 MB");
     QTest::newRow("gb") << qint64(5) * 1024 * 1024 * 1024 << QStringLiteral("5.0 GB");
     QTest::newRow("tb") << qint64(3) * 1024 * 1024 * 1024 * 1024 << QStringLiteral("3.0 TB");
-    QTest::newRow("beyond tb stays tb") << qint64(2048) * 1024 * 1024 * 1024 * 1024 << QStringLiteral("2048.0 TB");
+    QTest::newRow("beyond tb stays tb")
+        << qint64(2048) * 1024 * 1024 * 1024 * 1024 << QStringLiteral("2048.0 TB");
     QTest::newRow("negative") << qint64(-5) << QStringLiteral("0 B");
 }
 
@@ -130,14 +131,15 @@ void TestFilePathUtils::qmlSingletonIsTheInstance()
         QQmlComponent component(&engine);
         component.setData("import QtQml 2.15\nimport BrowserInternal 1.0\n"
                           "QtObject { property QtObject utils: FilePathUtils }",
-                          QUrl());
+            QUrl());
         QScopedPointer<QObject> object(component.create());
         QVERIFY2(object, qPrintable(component.errorString()));
-        QCOMPARE(object->property("utils").value<QObject*>(), static_cast<QObject*>(FilePathUtils::instance()));
+        QCOMPARE(
+            object->property("utils").value<QObject*>(), static_cast<QObject*>(FilePathUtils::instance()));
     }
     // The engine is gone; the process-wide object must not have gone with it.
     QCOMPARE(FilePathUtils::instance()->getHost(QStringLiteral("https://example.com/")),
-             QStringLiteral("example.com"));
+        QStringLiteral("example.com"));
 }
 
 QTEST_MAIN(TestFilePathUtils)
