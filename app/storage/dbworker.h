@@ -9,6 +9,8 @@
 #include <QSqlDatabase>
 #include <QStringList>
 
+#include <optional>
+
 // Owns both SQLite connections (the profile's file and the private in-memory
 // twin used by incognito tabs) and runs every storage operation. It lives on the
 // storage thread of DBManager; nothing else may touch its connections. Every
@@ -183,12 +185,16 @@ private:
     // ---- history and tabs helpers (dbworkerhistory.cpp) ----
     int createLink(const QString& url, bool isPrivate, const QString& title, const QString& thumbPath);
     Link currentTabLink(int tabId);
+    // Whether the tab has a row; empty when the look-up itself failed.
+    std::optional<bool> tabExists(int tabId, bool isPrivate);
 
     // ---- bookmark helpers (dbworkerbookmarks.cpp) ----
     // The depth-1 ancestor of a node, -1 when it has none.
     int bookmarkParent(int id);
     // Whether hanging ids under newParentId would put a node below itself.
     bool moveCreatesCycle(const QList<int>& ids, int newParentId);
+    // Links a node below parentId and below every ancestor of parentId.
+    bool linkUnderParent(int id, int parentId);
     // Id of the folder of migrated bookmarks below "Bookmarks", -1 when missing.
     int migratedBookmarksFolder(const QString& folderTitle);
 

@@ -39,6 +39,16 @@ QVariant urlValue(const QString& url)
 
 } // namespace
 
+bool DBWorker::linkUnderParent(int id, int parentId)
+{
+    auto links = prepare(insertLinksSql, false);
+    links.addBindValue(parentId);
+    links.addBindValue(id);
+    links.addBindValue(id);
+    links.addBindValue(parentId);
+    return execute(links);
+}
+
 int DBWorker::bookmarkParent(int id)
 {
     auto query = prepare(parentSql, false);
@@ -82,12 +92,7 @@ void DBWorker::addBookmarkNode(int parentId, const QString& url, const QString& 
         return;
     }
 
-    auto links = prepare(insertLinksSql, false);
-    links.addBindValue(parentId);
-    links.addBindValue(newId);
-    links.addBindValue(newId);
-    links.addBindValue(parentId);
-    if (!execute(links))
+    if (!linkUnderParent(newId, parentId))
         return;
 
     if (url.isEmpty())
@@ -126,12 +131,7 @@ void DBWorker::moveBookmarkNode(int id, int newParentId, bool isFolder)
     if (!execute(cut))
         return;
 
-    auto hang = prepare(insertLinksSql, false);
-    hang.addBindValue(newParentId);
-    hang.addBindValue(id);
-    hang.addBindValue(id);
-    hang.addBindValue(newParentId);
-    if (!execute(hang))
+    if (!linkUnderParent(id, newParentId))
         return;
 
     if (isFolder) {
@@ -181,12 +181,7 @@ void DBWorker::moveBookmarkNodes(const QList<int>& ids, int newParentId, bool ha
         return;
 
     for (int id : qAsConst(nodes)) {
-        auto hang = prepare(insertLinksSql, false);
-        hang.addBindValue(newParentId);
-        hang.addBindValue(id);
-        hang.addBindValue(id);
-        hang.addBindValue(newParentId);
-        if (!execute(hang))
+        if (!linkUnderParent(id, newParentId))
             return;
     }
 

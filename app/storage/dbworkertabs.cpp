@@ -63,12 +63,10 @@ void DBWorker::addTabs(
         const int tabId = tabIds.at(i);
         const QString url = urls.value(i);
 
-        auto exists = prepare(QStringLiteral("SELECT 1 FROM tab WHERE tab_id = ?;"), isPrivate);
-        exists.addBindValue(tabId);
-        if (!execute(exists))
+        const std::optional<bool> exists = tabExists(tabId, isPrivate);
+        if (!exists)
             return;
-        const bool known = exists.next();
-        exists.finish();
+        const bool known = *exists;
         auto place = known
             ? prepare(QStringLiteral("UPDATE tab SET order_index = ? WHERE tab_id = ?;"), isPrivate)
             : prepare(QStringLiteral("INSERT INTO tab (tab_id, order_index) VALUES (?, ?);"), isPrivate);
@@ -93,15 +91,25 @@ void DBWorker::addTabs(
     }
 }
 
-void DBWorker::updateTab(int tabId, int tabHistoryId, bool isPrivate)
+std::optional<bool> DBWorker::tabExists(int tabId, bool isPrivate)
 {
-    qCDebug(lcStorage) << Q_FUNC_INFO << "tab:" << tabId << "tab history id:" << tabHistoryId;
     auto exists = prepare(QStringLiteral("SELECT 1 FROM tab WHERE tab_id = ?;"), isPrivate);
     exists.addBindValue(tabId);
     if (!execute(exists))
-        return;
+        return std::nullopt;
+    // Finished before the caller writes: a half-read statement keeps SQLite's read transaction open.
     const bool known = exists.next();
     exists.finish();
+    return known;
+}
+
+void DBWorker::updateTab(int tabId, int tabHistoryId, bool isPrivate)
+{
+    qCDebug(lcStorage) << Q_FUNC_INFO << "tab:" << tabId << "tab history id:" << tabHistoryId;
+    const std::optional<bool> exists = tabExists(tabId, isPrivate);
+    if (!exists)
+        return;
+    const bool known = *exists;
     auto query = known
         ? prepare(QStringLiteral("UPDATE tab SET tab_history_id = ? WHERE tab_id = ?;"), isPrivate)
         : prepare(QStringLiteral("INSERT INTO tab (tab_id, tab_history_id) VALUES (?, ?);"), isPrivate);
