@@ -3,6 +3,7 @@
 // guard what a user notices directly: searches, emptying, refused moves, migration.
 
 #include "storage/dbworker.h"
+#include "support/dbfileprobe.h"
 #include "support/tempprofile.h"
 
 #include <QRandomGenerator>
@@ -19,19 +20,7 @@ namespace
 // The rows of a statement on the worker's file connection, columns joined by blanks, sorted.
 QStringList rows(const QString& sql, const QVariantList& values = {})
 {
-    QSqlQuery query(QSqlDatabase::database());
-    query.prepare(sql);
-    for (const QVariant& value : values)
-        query.addBindValue(value);
-    if (!query.exec())
-        QTest::qFail(qPrintable(query.lastError().text()), __FILE__, __LINE__);
-    QStringList result;
-    while (query.next()) {
-        QStringList columns;
-        for (int i = 0; i < query.record().count(); ++i)
-            columns.append(query.value(i).toString());
-        result.append(columns.join(QLatin1Char(' ')));
-    }
+    QStringList result = sqlRows(QSqlDatabase::database(), sql, values, QStringLiteral(" "), QString());
     result.sort();
     return result;
 }

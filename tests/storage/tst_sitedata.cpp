@@ -30,19 +30,8 @@ QString line(const QVariantList& parts)
 // The rows of a statement on the worker's file connection as lines, sorted.
 QStringList rows(const QString& sql, const QVariantList& values = {})
 {
-    QSqlQuery query(QSqlDatabase::database());
-    query.prepare(sql);
-    for (const QVariant& value : values)
-        query.addBindValue(value);
-    if (!query.exec())
-        QTest::qFail(qPrintable(query.lastError().text()), __FILE__, __LINE__);
-    QStringList result;
-    while (query.next()) {
-        QVariantList columns;
-        for (int i = 0; i < query.record().count(); ++i)
-            columns.append(query.value(i));
-        result.append(line(columns));
-    }
+    QStringList result
+        = sqlRows(QSqlDatabase::database(), sql, values, QStringLiteral(" "), QStringLiteral("-"));
     result.sort();
     return result;
 }

@@ -7,7 +7,8 @@
 
 #include <algorithm>
 
-QStringList sqlRows(const QSqlDatabase& db, const QString& sql, const QVariantList& values)
+QStringList sqlRows(const QSqlDatabase& db, const QString& sql, const QVariantList& values,
+    const QString& separator, const QString& nullText)
 {
     QSqlQuery query(db);
     query.setForwardOnly(true);
@@ -20,8 +21,8 @@ QStringList sqlRows(const QSqlDatabase& db, const QString& sql, const QVariantLi
     while (query.next()) {
         QStringList columns;
         for (int i = 0; i < query.record().count(); ++i)
-            columns << (query.isNull(i) ? QStringLiteral("NULL") : query.value(i).toString());
-        result << columns.join(QLatin1Char('|'));
+            columns << (query.isNull(i) ? nullText : query.value(i).toString());
+        result << columns.join(separator);
     }
     return result;
 }

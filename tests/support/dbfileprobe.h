@@ -6,7 +6,9 @@
 
 // Every row of a query, its columns joined by "|" and NULL written "NULL", so that
 // a whole result compares in one QCOMPARE. A failure is a single "error: ..." row.
-QStringList sqlRows(const QSqlDatabase& db, const QString& sql, const QVariantList& values = {});
+// The separator and the text for NULL can be chosen.
+QStringList sqlRows(const QSqlDatabase& db, const QString& sql, const QVariantList& values = {},
+    const QString& separator = QStringLiteral("|"), const QString& nullText = QStringLiteral("NULL"));
 
 // A direct look into an SQLite file from a test, on a connection of its own,
 // independent of the code under test.
