@@ -3,8 +3,6 @@
 #include "startup/qmltypes.h"
 #include "support/logcapture.h"
 
-#include <QBuffer>
-#include <QQmlError>
 #include <QQuickItem>
 #include <QQuickView>
 #include <QtTest>
@@ -19,11 +17,14 @@ private slots:
 
 private:
     QScopedPointer<QQuickView> m_view; // made once the software scene graph is chosen
+    QTemporaryFile m_qml { QDir::tempPath() + QStringLiteral("/sceneXXXXXX.qml") };
 };
 
-namespace
+void TestScreenshotUtils::initTestCase()
 {
-const char* const scene = R"(
+    QQuickWindow::setSceneGraphBackend(QSGRendererInterface::Software);
+    registerQmlTypes();
+    QVERIFY(m_qml.open() && m_qml.write(R"(
 import QtQuick 2.15
 import BrowserInternal 1.0
 Item {
@@ -31,49 +32,13 @@ Item {
     property var results: []
     Rectangle { id: page; width: 162; height: 81; color: "steelblue"; Text { text: "webdeck" } }
     Rectangle { id: collapsed; width: 0; height: 50 }
-    Connections {
-        target: ScreenshotUtils
-        function onScreenshotReady(base64Image) { results = results.concat([base64Image]) }
+    Connections { target: ScreenshotUtils; function onScreenshotReady(image) { results = results.concat([image]) } }
+    function capture(which, high) {
+        ScreenshotUtils.captureScreenshot(which === "page" ? page : which === "collapsed" ? collapsed : null, high)
     }
-    function capture(which, highQuality) {
-        ScreenshotUtils.captureScreenshot(which === "page" ? page : which === "collapsed" ? collapsed : null,
-                                          highQuality)
-    }
-}
-)";
-
-// The first quantisation table of a JPEG: it is what the quality setting changes.
-QByteArray quantisation(const QByteArray& jpeg)
-{
-    const int at = jpeg.indexOf("\xff\xdb");
-    return at < 0 ? QByteArray() : jpeg.mid(at + 5, 64);
-}
-
-int qualityOf(const QByteArray& jpeg)
-{
-    for (int quality : { 97, 70 }) {
-        QImage probe(16, 16, QImage::Format_RGB32);
-        probe.fill(Qt::gray);
-        QBuffer buffer;
-        buffer.open(QIODevice::WriteOnly);
-        probe.save(&buffer, "JPEG", quality);
-        if (quantisation(buffer.data()) == quantisation(jpeg))
-            return quality;
-    }
-    return -1;
-}
-} // namespace
-
-void TestScreenshotUtils::initTestCase()
-{
-    QQuickWindow::setSceneGraphBackend(QSGRendererInterface::Software);
-    registerQmlTypes();
-    m_view.reset(new QQuickView);
-    QTemporaryFile qml(QDir::tempPath() + QStringLiteral("/sceneXXXXXX.qml"));
-    QVERIFY(qml.open() && qml.write(scene) > 0 && qml.flush());
-    m_view->setSource(QUrl::fromLocalFile(qml.fileName()));
-    QVERIFY2(m_view->rootObject(),
-        qPrintable(m_view->errors().isEmpty() ? QString() : m_view->errors().first().toString()));
+})") > 0 && m_qml.flush());
+    m_view.reset(new QQuickView(QUrl::fromLocalFile(m_qml.fileName())));
+    QVERIFY(m_view->rootObject());
     m_view->show();
     QVERIFY(QTest::qWaitForWindowExposed(m_view.data()));
 }
@@ -82,8 +47,9 @@ void TestScreenshotUtils::capture_data()
 {
     QTest::addColumn<QString>("item");
     QTest::addColumn<QList<bool>>("highQuality");
-    QTest::addColumn<QStringList>("images"); // "<width>x<height> q<quality>", sorted
-    const QString full = QStringLiteral("162x81 q97"), thumbnail = QStringLiteral("100x50 q70");
+    // Sorted "<width>x<height> q<first luminance quantiser>": 1 at JPEG quality 97, 10 at 70.
+    QTest::addColumn<QStringList>("images");
+    const QString full = QStringLiteral("162x81 q1"), thumbnail = QStringLiteral("100x50 q10");
     QTest::newRow("high quality") << QStringLiteral("page") << QList<bool> { true } << QStringList { full };
     QTest::newRow("thumbnail") << QStringLiteral("page") << QList<bool> { false }
                                << QStringList { thumbnail };
@@ -98,7 +64,7 @@ void TestScreenshotUtils::capture()
     QFETCH(QString, item);
     QFETCH(QList<bool>, highQuality);
     QFETCH(QStringList, images);
-    QObject* root = m_view->rootObject();
+    QQuickItem* root = m_view->rootObject();
     root->setProperty("results", QVariantList());
     LogCapture log("browser.app.screenshot");
     for (bool high : highQuality)
@@ -106,14 +72,14 @@ void TestScreenshotUtils::capture()
     if (!images.isEmpty())
         QTRY_COMPARE(root->property("results").toList().size(), images.size());
     QTest::qWait(300); // no late or extra signal
-    const QVariantList results = root->property("results").toList();
     QStringList seen;
-    for (const QVariant& result : results) {
+    for (const QVariant& result : root->property("results").toList()) {
         const QString url = result.toString();
         QVERIFY2(url.startsWith(QLatin1String("data:image/jpeg;base64,")), qPrintable(url.left(40)));
         const QByteArray jpeg = QByteArray::fromBase64(url.mid(23).toLatin1());
         const QImage image = QImage::fromData(jpeg, "JPEG");
-        seen << QStringLiteral("%1x%2 q%3").arg(image.width()).arg(image.height()).arg(qualityOf(jpeg));
+        const int quantiser = jpeg.at(jpeg.indexOf("\xff\xdb") + 5);
+        seen << QStringLiteral("%1x%2 q%3").arg(image.width()).arg(image.height()).arg(quantiser);
     }
     seen.sort();
     QCOMPARE(seen, images);

@@ -30,7 +30,6 @@ void TestUrlFilter::isBlocked_data()
     QTest::addColumn<QStringList>("allowlist");
     QTest::addColumn<bool>("blocked");
     // clang-format off
-    row("empty lists", "https://example.com/", "", "", false);
     row("host", "https://example.com/", "example.com", "", true);
     row("subdomain", "https://www.example.com/a", "example.com", "", true);
     row("dot: no subdomains", "https://www.example.com/", ".example.com", "", false);
@@ -42,30 +41,24 @@ void TestUrlFilter::isBlocked_data()
     row("upper-case entry", "https://example.com/", "HTTPS://Example.COM", "", true);
     row("other port", "https://example.com:8443/", "example.com:443", "", false);
     row("default port", "https://example.com/", "example.com:443", "", true);
-    row("explicit port", "http://example.com:8080/x", "example.com:8080", "", true);
     row("any host on a port", "https://x.org:8443/", "*:8443", "", true);
     row("localhost with port", "http://localhost:8080/", "localhost:8080", "", true);
     row("path prefix", "http://example.com/docs/a", "example.com/docs", "", true);
     row("shorter path", "http://example.com/doc", "example.com/docs", "", false);
     row("path is case-sensitive", "http://example.com/Docs", "example.com/docs", "", false);
     row("query prefix", "https://example.com/search?q=cats", "example.com/search?q=cat", "", true);
-    row("trailing star in path", "https://example.com/a/b", "example.com/a/*", "", true);
-    row("whitespace around entry", "https://example.com/", " example.com ", "", true);
-    row("star", "https://a.b/", "*", "", true);
     row("star, allowed host", "https://example.com/", "*", "example.com", false);
     row("star, allowed host exactly", "https://mail.example.com/", "*", ".example.com", true);
     row("equal entries: allow wins", "https://example.com/", "example.com", "example.com", false);
     row("longer path blocks", "https://example.com/private/x", "example.com/private", "example.com", true);
     row("longer path allows", "https://example.com/public", "example.com", "example.com/public", false);
     row("longer host blocks", "https://ads.example.com/", "ads.example.com", "example.com", true);
-    row("longer host allows", "https://www.example.com/", "example.com", "https://www.example.com", false);
     row("allow of other scheme", "https://example.com/", "example.com", "http://example.com", true);
     row("scheme more specific", "https://example.com/", "https://example.com", "example.com", true);
     row("idn url, ace entry", "https://пример.рф/", "xn--e1afmkfd.xn--p1ai", "", true);
     row("ace url, idn entry", "https://xn--e1afmkfd.xn--p1ai/", "пример.рф", "", true);
     row("idn upper case subdomain", "https://www.ПРИМЕР.рф/", "пример.рф", "", true);
     row("ipv4", "http://192.168.1.1:8080/", "192.168.1.1", "", true);
-    row("other ipv4", "http://192.168.1.10/", "192.168.1.1", "", false);
     row("ipv4 is no parent", "http://10.192.168.1.1/", "192.168.1.1", "", false);
     row("ipv6", "http://[2001:db8::1]/", "[2001:db8::1]", "", true);
     row("ipv6 written differently", "http://[2001:db8:0:0::1]:8080/", "[2001:DB8::1]:8080", "", true);
@@ -78,7 +71,6 @@ void TestUrlFilter::isBlocked_data()
     row("javascript, star with allow", "javascript:alert(1)", "*", "example.com", true);
     row("data:", "data:text/html,<b>x</b>", "data:", "", true);
     row("data: other type", "data:image/png;base64,AAAA", "data:text/html", "", false);
-    row("data: type prefix", "data:text/html,hi", "data:text/html", "", true);
     row("file://*", "file:///home/user/a.pdf", "file://*", "", true);
     row("file path", "file:///etc/passwd", "file:///home", "", false);
     row("about:blank stays", "about:blank", "*", "", false);
@@ -87,12 +79,11 @@ void TestUrlFilter::isBlocked_data()
     QStringList filler;
     for (int i = 0; i < UrlFilter::maxEntries - 1; ++i)
         filler << QStringLiteral("host%1.test").arg(i);
-    const QString url = QStringLiteral("https://example.com/");
+    const QString url = QStringLiteral("https://example.com/"), ex = QStringLiteral("example.com");
     QTest::newRow("last entry within the limit")
-        << url << (filler + QStringList { QStringLiteral("example.com") }) << QStringList() << true;
+        << url << (filler + QStringList { ex }) << QStringList() << true;
     QTest::newRow("entry past the limit")
-        << url << (filler + QStringList { QStringLiteral("x.test"), QStringLiteral("example.com") })
-        << QStringList() << false;
+        << url << (filler + QStringList { QStringLiteral("x.test"), ex }) << QStringList() << false;
 }
 
 void TestUrlFilter::isBlocked()
