@@ -28,7 +28,7 @@ bool startsWithPort(const QString& text)
     int digits = 0;
     while (digits < text.size() && text.at(digits).isDigit())
         ++digits;
-    return digits > 0 && (digits == text.size() || text.at(digits) == QLatin1Char('/'));
+    return digits > 0 && (digits == text.size() || QStringLiteral("/?#").contains(text.at(digits)));
 }
 
 int defaultPort(const QString& scheme)
