@@ -1,6 +1,8 @@
 #include "qmltypes.h"
 
 #include "utils/filepathutils.h"
+#include "utils/managedconfigurationutils.h"
+#include "utils/screenshotutils.h"
 
 #include <QtQml>
 
@@ -18,6 +20,8 @@ const QVector<QmlTypeEntry>& qmlTypeEntries()
     // them to be registered. Types join it as their classes exist.
     static const QVector<QmlTypeEntry> entries = {
         { "FilePathUtils", QmlTypeEntry::Singleton, &singleton<FilePathUtils> },
+        { "ManagedConfigurationUtils", QmlTypeEntry::Singleton, &singleton<ManagedConfigurationUtils> },
+        { "ScreenshotUtils", QmlTypeEntry::Singleton, &singleton<ScreenshotUtils> },
     };
     return entries;
 }

@@ -1,6 +1,7 @@
 #include "filepathutils.h"
 
 #include "logcategories.h"
+#include "urlfilter.h"
 
 #include <QFileInfo>
 #include <QHostAddress>
@@ -118,4 +119,10 @@ QString FilePathUtils::getFileName(const QString& path) const
 {
     const QString local = path.contains(QLatin1String("://")) ? QUrl(path).path() : path;
     return QFileInfo(local).fileName();
+}
+
+bool FilePathUtils::isUrlBlocked(
+    const QString& url, const QStringList& blocklist, const QStringList& allowlist) const
+{
+    return ::isUrlBlocked(url, blocklist, allowlist);
 }

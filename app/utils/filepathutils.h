@@ -2,6 +2,7 @@
 
 #include <QObject>
 #include <QString>
+#include <QStringList>
 
 class QQmlEngine;
 class QJSEngine;
@@ -31,6 +32,9 @@ public:
     Q_INVOKABLE QString getReadableSize(qint64 bytes) const;
     // The last path component of a file path or URL.
     Q_INVOKABLE QString getFileName(const QString& path) const;
+    // Whether the administrator's lists block a URL (rules in docs/decisions.md, "URL filter").
+    Q_INVOKABLE bool isUrlBlocked(
+        const QString& url, const QStringList& blocklist, const QStringList& allowlist) const;
 
 private:
     explicit FilePathUtils(QObject* parent = nullptr);
