@@ -35,7 +35,8 @@ public:
     Q_INVOKABLE QString letterIcon(const QString& letter) const;
 
 public slots:
-    // Every stored icon, delivered once by storage; replaces the map.
+    // Every stored icon, delivered once by storage. Icons set during this run
+    // before it came are newer and stay.
     void faviconsAvailable(const QMap<QString, QString>& favicons);
 
 signals:

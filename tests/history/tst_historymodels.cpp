@@ -325,6 +325,10 @@ void TestHistoryModels::favicons_data()
 void TestHistoryModels::favicons()
 {
     QFETCH(QString, steps);
+    // The cache lives as long as the process: each row has a site of its own.
+    static int row = 0;
+    const QString site = QStringLiteral("s%1.example").arg(++row);
+    steps.replace(QLatin1String("s.example"), site);
     QFETCH(QString, icon);
     QFETCH(int, changes);
     QFETCH(QString, file);
@@ -358,12 +362,12 @@ void TestHistoryModels::favicons()
         map->setFavicon(parts.at(0), expand(parts.at(1)), parts.size() > 2);
     }
     QVERIFY(drain());
-    QCOMPARE(map->getFavicon(QStringLiteral("https://s.example/other/page")), expand(icon));
+    QCOMPARE(map->getFavicon(QStringLiteral("https://%1/other/page").arg(site)), expand(icon));
     QCOMPARE(changed.size(), changes);
     for (const QList<QVariant>& args : qAsConst(changed))
-        QCOMPARE(args.at(0).toString(), QStringLiteral("https://s.example"));
-    QCOMPARE(fileRows(QStringLiteral("SELECT favicon || '|' || (date > 1) FROM favicons WHERE base_url = "
-                                     "'https://s.example'")),
+        QCOMPARE(args.at(0).toString(), QStringLiteral("https://") + site);
+    QCOMPARE(fileRows(QStringLiteral("SELECT favicon || '|' || (date > 1) FROM favicons WHERE base_url <> "
+                                     "'https://stored.example'")),
         expand(file.section(QLatin1Char('|'), 0, 0))
             + (file.isEmpty() ? QString() : QLatin1Char('|') + file.section(QLatin1Char('|'), 1)));
     QCOMPARE(log.messages(QtWarningMsg).size(), steps.contains(QLatin1String("big")) ? 1 : 0);
