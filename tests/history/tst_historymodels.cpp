@@ -4,6 +4,7 @@
 #include "history/popuphistorymodel.h"
 #include "history/searchmodel.h"
 #include "history/tabhistorymodel.h"
+#include "startup/qmltypes.h"
 #include "storage/dbmanager.h"
 #include "support/dbfileprobe.h"
 #include "support/logcapture.h"
@@ -11,6 +12,9 @@
 #include "theme.h"
 
 #include <QAbstractItemModelTester>
+#include <QQmlComponent>
+#include <QQmlEngine>
+#include <QQuickItem>
 #include <QSignalSpy>
 #include <QtTest>
 
@@ -43,6 +47,21 @@ QString shown(const QAbstractItemModel& model, int current = -1)
     return rows.join(QLatin1Char(' '));
 }
 
+// The steps the history page and a tab's list share.
+template <typename Model> void commonStep(Model& model, const QString& op, const QString& arg)
+{
+    if (op == QLatin1String("add"))
+        model.add(arg, QStringLiteral("t"));
+    else if (op == QLatin1String("remove"))
+        model.remove(arg.toInt());
+    else if (op == QLatin1String("select"))
+        model.toggleSelection(arg.toInt());
+    else if (op == QLatin1String("removeSelected"))
+        model.removeSelected();
+    else if (op == QLatin1String("clear"))
+        model.clear();
+}
+
 QList<Link> fakeLinks(int count)
 {
     QList<Link> links;
@@ -73,26 +92,14 @@ private slots:
         QVERIFY(drain());
     }
 
-    void history_data();
-    void history();
-    void tabHistory_data();
-    void tabHistory();
-    void popupAndAnswers_data();
-    void popupAndAnswers();
-    void favicons_data();
-    void favicons();
-    void letterIcon_data();
-    void letterIcon();
-};
-
-void TestHistoryModels::history_data()
-{
-    QTest::addColumn<QString>("steps");
-    QTest::addColumn<QString>("seen"); // rows the page shows after the steps
-    QTest::addColumn<QString>("all"); // the whole history after a restart of storage
-    // Seeded: a1 "Alpha" 1 h ago, b "Beta" (bookmarked) 2 days, a2 (no title) 3 days, c "Gamma" 10 days.
-    const QString all = QStringLiteral("a1 b+ a2 c");
-    // clang-format off
+    void history_data()
+    {
+        QTest::addColumn<QString>("steps");
+        QTest::addColumn<QString>("seen"); // rows the page shows after the steps
+        QTest::addColumn<QString>("all"); // the whole history after a restart of storage
+        // Seeded: a1 "Alpha" 1 h ago, b "Beta" (bookmarked) 2 days, a2 (no title) 3 days, c "Gamma" 10 days.
+        const QString all = QStringLiteral("a1 b+ a2 c");
+        // clang-format off
     QTest::newRow("internal pages never recorded") << "add about:blank;add chrome://version;add About:x" << QStringLiteral("About:x ") + all << QStringLiteral("About:x ") + all;
     QTest::newRow("text matches title") << "get alpha 0" << "a1" << all;
     QTest::newRow("text matches url") << "get a2 0" << "a2" << all;
@@ -107,83 +114,73 @@ void TestHistoryModels::history_data()
     QTest::newRow("clear a search only") << "search Gamma;clear" << "" << "a1 b+ a2";
     QTest::newRow("search model") << "find a;dropfound 0" << "b+ a2 c" << "b+ a2 c";
     QTest::newRow("empty search finds nothing") << "find ;get - 5" << "" << all;
-    // clang-format on
-}
+        // clang-format on
+    }
 
-void TestHistoryModels::history()
-{
-    QFETCH(QString, steps);
-    QFETCH(QString, seen);
-    QFETCH(QString, all);
-    const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    void history()
     {
-        DbFileProbe db(m_profile->databasePath());
-        const QStringList rows
-            = QStringLiteral("http://a1|Alpha|1 http://b|Beta|48 http://a2||72 http://c|Gamma|240")
-                  .split(QLatin1Char(' '));
-        for (const QString& row : rows)
-            QVERIFY(db.exec(QStringLiteral("INSERT INTO browser_history (url, title, date) VALUES (?, ?, ?)"),
-                { row.section(QLatin1Char('|'), 0, 0), row.section(QLatin1Char('|'), 1, 1),
-                    now - row.section(QLatin1Char('|'), 2).toLongLong() * 3600 * 1000 }));
-    }
-    DBManager::instance()->addBookmarkNode(1, QStringLiteral("http://b"), QStringLiteral("Beta"));
+        QFETCH(QString, steps);
+        QFETCH(QString, seen);
+        QFETCH(QString, all);
+        const qint64 now = QDateTime::currentMSecsSinceEpoch();
+        const qint64 hour = 3600 * 1000;
+        QVERIFY(DbFileProbe(m_profile->databasePath())
+                    .exec(QStringLiteral(
+                              "INSERT INTO browser_history (url, title, date) VALUES ('http://a1', 'Alpha', "
+                              "?), ('http://b', 'Beta', ?), ('http://a2', '', ?), ('http://c', 'Gamma', ?)"),
+                        { now - hour, now - 48 * hour, now - 72 * hour, now - 240 * hour }));
+        DBManager::instance()->addBookmarkNode(1, QStringLiteral("http://b"), QStringLiteral("Beta"));
 
-    HistoryModel model;
-    SearchModel found;
-    QAbstractItemModelTester tester(&model);
-    QAbstractItemModelTester foundTester(&found);
-    model.getHistory(QString());
-    QVERIFY(drain());
-    for (const QString& step : steps.split(QLatin1Char(';'))) {
-        const QString op = step.section(QLatin1Char(' '), 0, 0), arg = step.section(QLatin1Char(' '), 1, 1);
-        if (op == QLatin1String("add"))
-            model.add(arg, QStringLiteral("t"));
-        else if (op == QLatin1String("get"))
-            model.getHistory(arg == QLatin1String("-") ? QString() : arg,
-                step.section(QLatin1Char(' '), 2).toInt()
-                    ? QDateTime::fromMSecsSinceEpoch(now - step.section(QLatin1Char(' '), 2).toInt() * dayMs)
-                    : QDateTime());
-        else if (op == QLatin1String("search"))
-            model.search(arg);
-        else if (op == QLatin1String("find"))
-            found.search(arg);
-        else if (op == QLatin1String("remove"))
-            model.remove(arg.toInt());
-        else if (op == QLatin1String("dropfound"))
-            found.removeSearchEntry(arg.toInt());
-        else if (op == QLatin1String("select"))
-            model.toggleSelection(arg.toInt());
-        else if (op == QLatin1String("removeSelected"))
-            model.removeSelected();
-        else if (op == QLatin1String("clear"))
-            model.clear();
+        HistoryModel model;
+        SearchModel found;
+        QAbstractItemModelTester tester(&model);
+        QAbstractItemModelTester foundTester(&found);
+        model.getHistory(QString());
         QVERIFY(drain());
+        for (const QString& step : steps.split(QLatin1Char(';'))) {
+            const QString op = step.section(QLatin1Char(' '), 0, 0),
+                          arg = step.section(QLatin1Char(' '), 1, 1);
+            if (op == QLatin1String("get"))
+                model.getHistory(arg == QLatin1String("-") ? QString() : arg,
+                    step.section(QLatin1Char(' '), 2).toInt() ? QDateTime::fromMSecsSinceEpoch(
+                        now - step.section(QLatin1Char(' '), 2).toInt() * dayMs)
+                                                              : QDateTime());
+            else if (op == QLatin1String("search"))
+                model.search(arg);
+            else if (op == QLatin1String("find"))
+                found.search(arg);
+            else if (op == QLatin1String("dropfound"))
+                found.removeSearchEntry(arg.toInt());
+            else
+                commonStep(model, op, arg);
+            QVERIFY(drain());
+        }
+        const bool searching = steps.startsWith(QLatin1String("find"));
+        QCOMPARE(shown(searching ? static_cast<BaseHistoryModel&>(found) : model), seen);
+        QCOMPARE(model.selectedCount(), seen.count(QLatin1Char('*')));
+        QCOMPARE(model.selectedBookmarksCount(), seen.count(QStringLiteral("+*")));
+
+        // What the page showed is what storage keeps.
+        delete DBManager::instance();
+        HistoryModel again, whole;
+        QAbstractItemModelTester againTester(&again);
+        again.getHistory(model.filter(), model.start(), model.end());
+        whole.getHistory(QString());
+        QVERIFY(drain());
+        if (!searching)
+            QCOMPARE(shown(again).remove(QLatin1Char('*')), shown(model).remove(QLatin1Char('*')));
+        QCOMPARE(shown(whole), all);
     }
-    const bool searching = steps.startsWith(QLatin1String("find"));
-    QCOMPARE(shown(searching ? static_cast<BaseHistoryModel&>(found) : model), seen);
-    QCOMPARE(model.selectedCount(), seen.count(QLatin1Char('*')));
-    QCOMPARE(model.selectedBookmarksCount(), seen.count(QStringLiteral("+*")));
 
-    // What the page showed is what storage keeps.
-    delete DBManager::instance();
-    HistoryModel again, whole;
-    QAbstractItemModelTester againTester(&again);
-    again.getHistory(model.filter(), model.start(), model.end());
-    whole.getHistory(QString());
-    QVERIFY(drain());
-    if (!searching)
-        QCOMPARE(shown(again).remove(QLatin1Char('*')), shown(model).remove(QLatin1Char('*')));
-    QCOMPARE(shown(whole), all);
-}
-
-void TestHistoryModels::tabHistory_data()
-{
-    QTest::addColumn<QString>("steps");
-    QTest::addColumn<QString>("seen"); // newest first, "<" on the current entry
-    QTest::addColumn<QString>("file"); // tab 5's entries in the file, oldest first, "<" on the current one
-    QTest::addColumn<bool>("canGoBack");
-    QTest::addColumn<bool>("canGoForward");
-    // clang-format off
+    void tabHistory_data()
+    {
+        QTest::addColumn<QString>("steps");
+        QTest::addColumn<QString>("seen"); // newest first, "<" on the current entry
+        QTest::addColumn<QString>(
+            "file"); // tab 5's entries in the file, oldest first, "<" on the current one
+        QTest::addColumn<bool>("canGoBack");
+        QTest::addColumn<bool>("canGoForward");
+        // clang-format off
     QTest::newRow("single entry") << "add u1" << "u1<" << "u1<" << false << false;
     QTest::newRow("internal pages are no entries") << "add u1;add about:blank;add chrome://gpu" << "u1<" << "u1<" << false << false;
     QTest::newRow("back") << "add u1;add u2;add u3;back" << "u3 u2< u1" << "u1 u2< u3" << true << true;
@@ -197,74 +194,57 @@ void TestHistoryModels::tabHistory_data()
     QTest::newRow("the current entry stays") << "add u1;add u2;remove 0;select 0;select 1;removeSelected" << "u2*<" << "u2<" << false << false;
     QTest::newRow("clear keeps the current entry") << "add u1;add u2;add u3;back;clear" << "u2<" << "u2<" << false << false;
     QTest::newRow("private entries stay in memory") << "private;add u1;add u2" << "u2< u1" << "" << true << false;
-    // clang-format on
-}
-
-void TestHistoryModels::tabHistory()
-{
-    QFETCH(QString, steps);
-    QFETCH(QString, seen);
-    QFETCH(QString, file);
-    QFETCH(bool, canGoBack);
-    QFETCH(bool, canGoForward);
-    TabHistoryModel model;
-    QAbstractItemModelTester tester(&model);
-    model.setIsPrivate(steps.startsWith(QLatin1String("private")));
-    model.setTabId(5);
-    QSignalSpy added(&model, &TabHistoryModel::linkAddedToTabHistory);
-    int adds = 0;
-    for (const QString& step : steps.split(QLatin1Char(';'))) {
-        const QString op = step.section(QLatin1Char(' '), 0, 0), arg = step.section(QLatin1Char(' '), 1);
-        if (op == QLatin1String("add")) {
-            model.add(arg, QStringLiteral("t"));
-            adds += arg.startsWith(QLatin1Char('u'));
-        } else if (op == QLatin1String("back")) {
-            const QString url = model.goBack(); // the url the tab loads next
-            QCOMPARE(url, model.index(model.currentIndex()).data(BaseHistoryModel::UrlRole).toString());
-        } else if (op == QLatin1String("forward")) {
-            model.goForward();
-        } else if (op == QLatin1String("go")) {
-            model.navigateThroughTabHistory(
-                model.index(arg.toInt()).data(BaseHistoryModel::HistoryIdRole).toInt());
-        } else if (op == QLatin1String("goid")) {
-            model.navigateThroughTabHistory(arg.toInt());
-        } else if (op == QLatin1String("remove")) {
-            model.remove(arg.toInt());
-        } else if (op == QLatin1String("select")) {
-            model.toggleSelection(arg.toInt());
-        } else if (op == QLatin1String("removeSelected")) {
-            model.removeSelected();
-        } else if (op == QLatin1String("clear")) {
-            model.clear();
-        }
-        QVERIFY(drain());
+        // clang-format on
     }
-    QCOMPARE(added.size(), adds);
-    QCOMPARE(shown(model, model.currentIndex()), seen);
-    QCOMPARE(model.canGoBack(), canGoBack);
-    QCOMPARE(model.canGoForward(), canGoForward);
-    QCOMPARE(
-        fileRows(QStringLiteral("SELECT url || IIF(id IN (SELECT tab_history_id FROM tab), '<', '') FROM "
-                                "tab_history JOIN link USING (link_id) WHERE tab_id = 5 ORDER BY id")),
-        file);
-    if (model.isPrivate())
-        return;
-    // A list read afresh agrees with the one the user moved through.
-    TabHistoryModel fresh;
-    fresh.setTabId(5);
-    QVERIFY(drain());
-    QCOMPARE(shown(fresh, fresh.currentIndex()), seen.remove(QLatin1Char('*')));
-}
 
-void TestHistoryModels::popupAndAnswers_data()
-{
-    QTest::addColumn<int>("current");
-    QTest::addColumn<bool>("forward");
-    QTest::addColumn<int>("maxCount");
-    QTest::addColumn<QString>("answer"); // how the second answer differs from the last request
-    QTest::addColumn<QString>("menu"); // rows of the menu, by url
-    // Five entries u4 (row 0, newest) .. u0 (row 4).
-    // clang-format off
+    void tabHistory()
+    {
+        QFETCH(QString, steps);
+        QFETCH(QString, seen);
+        QFETCH(QString, file);
+        QFETCH(bool, canGoBack);
+        QFETCH(bool, canGoForward);
+        TabHistoryModel model;
+        QAbstractItemModelTester tester(&model);
+        model.setIsPrivate(steps.startsWith(QLatin1String("private")));
+        model.setTabId(5);
+        QSignalSpy added(&model, &TabHistoryModel::linkAddedToTabHistory);
+        QStringList moves; // the url each move returned, then the url of the row it made current
+        for (const QString& step : steps.split(QLatin1Char(';'))) {
+            const QString op = step.section(QLatin1Char(' '), 0, 0), arg = step.section(QLatin1Char(' '), 1);
+            if (op == QLatin1String("back") || op == QLatin1String("forward"))
+                moves << (op == QLatin1String("back") ? model.goBack() : model.goForward())
+                      << model.index(model.currentIndex()).data(BaseHistoryModel::UrlRole).toString();
+            else if (op == QLatin1String("go"))
+                model.navigateThroughTabHistory(
+                    model.index(arg.toInt()).data(BaseHistoryModel::HistoryIdRole).toInt());
+            else if (op == QLatin1String("goid"))
+                model.navigateThroughTabHistory(arg.toInt());
+            else
+                commonStep(model, op, arg);
+            QVERIFY(drain());
+        }
+        for (int i = 0; i < moves.size(); i += 2)
+            QCOMPARE(moves.at(i), moves.at(i + 1));
+        QCOMPARE(added.size(), steps.count(QStringLiteral("add u")));
+        QCOMPARE(shown(model, model.currentIndex()), seen);
+        QCOMPARE(model.canGoBack(), canGoBack);
+        QCOMPARE(model.canGoForward(), canGoForward);
+        QCOMPARE(
+            fileRows(QStringLiteral("SELECT url || IIF(id IN (SELECT tab_history_id FROM tab), '<', '') FROM "
+                                    "tab_history JOIN link USING (link_id) WHERE tab_id = 5 ORDER BY id")),
+            file);
+    }
+
+    void popupAndAnswers_data()
+    {
+        QTest::addColumn<int>("current");
+        QTest::addColumn<bool>("forward");
+        QTest::addColumn<int>("maxCount");
+        QTest::addColumn<QString>("answer"); // how the second answer differs from the last request
+        QTest::addColumn<QString>("menu"); // rows of the menu, by url
+        // Five entries u4 (row 0, newest) .. u0 (row 4).
+        // clang-format off
     QTest::newRow("newest, back 3") << 0 << false << 3 << "" << "u3 u2 u1";
     QTest::newRow("newest, forward") << 0 << true << 3 << "" << "";
     QTest::newRow("oldest, forward 2") << 4 << true << 2 << "" << "u2 u1";
@@ -275,161 +255,185 @@ void TestHistoryModels::popupAndAnswers_data()
     QTest::newRow("answer for an older filter dropped") << 1 << false << 1 << "filter" << "u2";
     QTest::newRow("answer for an older period dropped") << 1 << false << 1 << "period" << "u2";
     QTest::newRow("matching answer taken") << 1 << false << 1 << "same" << "u3";
-    // clang-format on
-}
-
-void TestHistoryModels::popupAndAnswers()
-{
-    QFETCH(int, current);
-    QFETCH(bool, forward);
-    QFETCH(int, maxCount);
-    QFETCH(QString, answer);
-    QFETCH(QString, menu);
-    TabHistoryModel history;
-    PopupHistoryModel popup;
-    QAbstractItemModelTester tester(&popup);
-    popup.setForwardModel(forward);
-    popup.setMaxCount(maxCount);
-    popup.setSourceModel(&history);
-    history.setTabId(9);
-    const QList<Link> links = fakeLinks(5);
-    history.tabHistoryAvailable(9, links, links.at(0).id, QString(), QDateTime(), QDateTime());
-    history.navigateThroughTabHistory(links.at(current).id);
-    if (!answer.isEmpty()) {
-        // The later answer would make row 0 current; only one for this request may.
-        const QDateTime period
-            = answer == QLatin1String("period") ? QDateTime::currentDateTime() : QDateTime();
-        history.tabHistoryAvailable(answer == QLatin1String("tab") ? 10 : 9, fakeLinks(5), 100,
-            answer == QLatin1String("filter") ? QStringLiteral("x") : QString(), period, QDateTime());
+        // clang-format on
     }
-    QCOMPARE(shown(popup), menu);
-    QCOMPARE(popup.count(), popup.rowCount());
-}
 
-void TestHistoryModels::favicons_data()
-{
-    QTest::addColumn<QString>("steps"); // url icon [private], one set each; "age" dates the stored row 1970
-    QTest::addColumn<QString>("icon"); // what a page of the site gets
-    QTest::addColumn<int>("changes"); // valueChanged signals
-    QTest::addColumn<QString>("file"); // the site's row: icon|whether the date is from this run
-    // clang-format off
+    void popupAndAnswers()
+    {
+        QFETCH(int, current);
+        QFETCH(bool, forward);
+        QFETCH(int, maxCount);
+        QFETCH(QString, answer);
+        QFETCH(QString, menu);
+        TabHistoryModel history;
+        PopupHistoryModel popup;
+        QAbstractItemModelTester tester(&popup);
+        popup.setForwardModel(forward);
+        popup.setMaxCount(maxCount);
+        popup.setSourceModel(&history);
+        history.setTabId(9);
+        const QList<Link> links = fakeLinks(5);
+        history.tabHistoryAvailable(9, links, links.at(0).id, QString(), QDateTime(), QDateTime());
+        history.navigateThroughTabHistory(links.at(current).id);
+        if (!answer.isEmpty()) {
+            // The later answer would make row 0 current; only one for this request may.
+            const QDateTime period
+                = answer == QLatin1String("period") ? QDateTime::currentDateTime() : QDateTime();
+            history.tabHistoryAvailable(answer == QLatin1String("tab") ? 10 : 9, fakeLinks(5), 100,
+                answer == QLatin1String("filter") ? QStringLiteral("x") : QString(), period, QDateTime());
+        }
+        QCOMPARE(shown(popup), menu);
+        QCOMPARE(popup.count(), popup.rowCount());
+    }
+
+    void favicons_data()
+    {
+        QTest::addColumn<QString>(
+            "steps"); // url icon [private], one set each; "age" dates the stored row 1970
+        QTest::addColumn<QString>("icon"); // what a page of the site gets
+        QTest::addColumn<int>("changes"); // valueChanged signals
+        QTest::addColumn<QString>("file"); // the site's row: icon|whether the date is from this run
+        // clang-format off
     QTest::newRow("same site shares one entry") << "https://s.example/a d1;https://s.example/b?q d2" << "d2" << 2 << "d2|1";
     QTest::newRow("private never reaches the file") << "https://s.example/a d1 private" << "d1" << 1 << "";
     QTest::newRow("unchanged icon only touches the date") << "https://s.example/a d1;age;https://s.example/ d1" << "d1" << 1 << "d1|1";
     QTest::newRow("private visit leaves the date") << "https://s.example/a d1;age;https://s.example/ d1 private" << "d1" << 1 << "d1|0";
     QTest::newRow("oversized icon refused") << "https://s.example/a big" << "" << 0 << "";
     QTest::newRow("1 MiB icon kept") << "https://s.example/a max" << "max" << 1 << "max|1";
-    // clang-format on
-}
-
-void TestHistoryModels::favicons()
-{
-    QFETCH(QString, steps);
-    // The cache lives as long as the process: each row has a site of its own.
-    static int row = 0;
-    const QString site = QStringLiteral("s%1.example").arg(++row);
-    steps.replace(QLatin1String("s.example"), site);
-    QFETCH(QString, icon);
-    QFETCH(int, changes);
-    QFETCH(QString, file);
-    // Every stored icon is there once the cache has loaded.
-    DbFileProbe db(m_profile->databasePath());
-    QVERIFY(db.exec(QStringLiteral("INSERT INTO favicons VALUES ('https://stored.example', 'old', 1)")));
-    FaviconsMap* map = FaviconsMap::instance();
-    // The map asked the storage of its time; later rows restart storage, so wire it up again.
-    connect(DBManager::instance(), &DBManager::faviconsAvailable, map, &FaviconsMap::faviconsAvailable,
-        Qt::UniqueConnection);
-    QSignalSpy loaded(map, &FaviconsMap::faviconsLoaded);
-    DBManager::instance()->getFavicons();
-    QVERIFY(loaded.wait(5000));
-    QVERIFY(drain());
-    QCOMPARE(map->getFavicon(QStringLiteral("https://stored.example/x")), QStringLiteral("old"));
-
-    const auto expand = [](const QString& text) {
-        if (text == QLatin1String("big") || text == QLatin1String("max"))
-            return QString(FaviconsMap::maxFaviconLength + (text == QLatin1String("big")), QLatin1Char('x'));
-        return text;
-    };
-    LogCapture log("browser.app.history");
-    QSignalSpy changed(map, &FaviconsMap::valueChanged);
-    for (const QString& step : steps.split(QLatin1Char(';'))) {
-        if (step == QLatin1String("age")) {
-            QVERIFY(drain());
-            QVERIFY(db.exec(QStringLiteral("UPDATE favicons SET date = 1")));
-            continue;
-        }
-        const QStringList parts = step.split(QLatin1Char(' '));
-        map->setFavicon(parts.at(0), expand(parts.at(1)), parts.size() > 2);
+        // clang-format on
     }
-    QVERIFY(drain());
-    QCOMPARE(map->getFavicon(QStringLiteral("https://%1/other/page").arg(site)), expand(icon));
-    QCOMPARE(changed.size(), changes);
-    for (const QList<QVariant>& args : qAsConst(changed))
-        QCOMPARE(args.at(0).toString(), QStringLiteral("https://") + site);
-    QCOMPARE(fileRows(QStringLiteral("SELECT favicon || '|' || (date > 1) FROM favicons WHERE base_url <> "
-                                     "'https://stored.example'")),
-        expand(file.section(QLatin1Char('|'), 0, 0))
-            + (file.isEmpty() ? QString() : QLatin1Char('|') + file.section(QLatin1Char('|'), 1)));
-    QCOMPARE(log.messages(QtWarningMsg).size(), steps.contains(QLatin1String("big")) ? 1 : 0);
-}
 
-void TestHistoryModels::letterIcon_data()
-{
-    QTest::addColumn<QString>("letter");
-    QTest::addColumn<QString>("sameShapeAs");
-    QTest::addColumn<bool>("drawn");
-    QTest::newRow("lower case drawn upper case") << "a"
-                                                 << "A" << true;
-    QTest::newRow("only the first character") << "Wx"
-                                              << "W" << true;
-    QTest::newRow("no letter") << ""
-                               << "" << false;
-}
+    void favicons()
+    {
+        QFETCH(QString, steps);
+        // The cache lives as long as the process: each row has a site of its own.
+        static int row = 0;
+        const QString site = QStringLiteral("s%1.example").arg(++row);
+        steps.replace(QLatin1String("s.example"), site);
+        QFETCH(QString, icon);
+        QFETCH(int, changes);
+        QFETCH(QString, file);
+        // Every stored icon is there once the cache has loaded.
+        DbFileProbe db(m_profile->databasePath());
+        QVERIFY(db.exec(QStringLiteral("INSERT INTO favicons VALUES ('https://stored.example', 'old', 1)")));
+        FaviconsMap* map = FaviconsMap::instance();
+        // The map asked the storage of its time; later rows restart storage, so wire it up again.
+        connect(DBManager::instance(), &DBManager::faviconsAvailable, map, &FaviconsMap::faviconsAvailable,
+            Qt::UniqueConnection);
+        QSignalSpy loaded(map, &FaviconsMap::faviconsLoaded);
+        DBManager::instance()->getFavicons();
+        QVERIFY(loaded.wait(5000));
+        QVERIFY(drain());
+        QCOMPARE(map->getFavicon(QStringLiteral("https://stored.example/x")), QStringLiteral("old"));
 
-void TestHistoryModels::letterIcon()
-{
-    QFETCH(QString, letter);
-    QFETCH(QString, sameShapeAs);
-    QFETCH(bool, drawn);
-    // The white of the letter, whatever gradient was picked.
-    const auto glyph = [](const QImage& image) {
-        QVector<bool> mask;
-        for (int y = 0; y < image.height(); ++y)
-            for (int x = 0; x < image.width(); ++x)
-                mask << (qGray(image.pixel(x, y)) > 245);
-        return mask;
-    };
-    // Edge pixels blend into a random background: shapes match up to a few of them.
-    const auto alike = [](const QVector<bool>& a, const QVector<bool>& b) {
-        int differ = 0;
-        for (int i = 0; i < a.size(); ++i)
-            differ += a.at(i) != b.at(i);
-        return differ <= qMax(3, int(a.count(true)) / 20);
-    };
-    const QString url = FaviconsMap::instance()->letterIcon(letter);
-    QVERIFY(url.startsWith(QLatin1String("data:image/png;base64,")));
-    QImage image;
-    QVERIFY(image.loadFromData(QByteArray::fromBase64(url.mid(22).toLatin1()), "PNG"));
-    const int side = int(Theme::instance()->iconSizeLauncher());
-    QCOMPARE(image.size(), QSize(side, side));
-    const QVector<bool> mask = glyph(image);
-    QCOMPARE(mask.contains(true), drawn);
-    QVERIFY(alike(mask, glyph(LetterIcon::image(sameShapeAs))));
-    QVERIFY(!alike(mask, glyph(LetterIcon::image(QStringLiteral("O")))));
-    // The gradient starts at the top-left corner with one of the eight centre colours.
-    const QRgb corner = image.pixel(0, 0);
-    const QList<QRgb> centres
-        = { 0xE1542E, 0x53AF04, 0xAB25D0, 0x54656F, 0xE59704, 0x1BA4E5, 0x147BE5, 0x01B5B8 };
-    QVERIFY(std::any_of(centres.begin(), centres.end(), [corner](QRgb c) {
-        return qAbs(qRed(c) - qRed(corner)) + qAbs(qGreen(c) - qGreen(corner))
-            + qAbs(qBlue(c) - qBlue(corner))
-            < 6;
-    }));
-    // A site without an icon gets the letter icon of its title.
-    QVERIFY(FaviconsMap::instance()
-                ->iconFor(QStringLiteral("https://none.example/"), letter)
-                .startsWith(QLatin1String("data:image/png")));
-}
+        const auto expand = [](const QString& text) {
+            if (text == QLatin1String("big") || text == QLatin1String("max"))
+                return QString(
+                    FaviconsMap::maxFaviconLength + (text == QLatin1String("big")), QLatin1Char('x'));
+            return text;
+        };
+        LogCapture log("browser.app.history");
+        QSignalSpy changed(map, &FaviconsMap::valueChanged);
+        for (const QString& step : steps.split(QLatin1Char(';'))) {
+            if (step == QLatin1String("age")) {
+                QVERIFY(drain());
+                QVERIFY(db.exec(QStringLiteral("UPDATE favicons SET date = 1")));
+                continue;
+            }
+            const QStringList parts = step.split(QLatin1Char(' '));
+            map->setFavicon(parts.at(0), expand(parts.at(1)), parts.size() > 2);
+        }
+        QVERIFY(drain());
+        QCOMPARE(map->getFavicon(QStringLiteral("https://%1/other/page").arg(site)), expand(icon));
+        QCOMPARE(changed.size(), changes);
+        for (const QList<QVariant>& args : qAsConst(changed))
+            QCOMPARE(args.at(0).toString(), QStringLiteral("https://") + site);
+        QCOMPARE(fileRows(QStringLiteral(
+                     "SELECT IIF(length(favicon) > 9, 'max', favicon) || '|' || (date > 1) FROM "
+                     "favicons WHERE base_url <> 'https://stored.example'")),
+            file);
+        QCOMPARE(log.messages(QtWarningMsg).size(), steps.contains(QLatin1String("big")) ? 1 : 0);
+    }
+
+    void letterIcon_data()
+    {
+        QTest::addColumn<QString>("letter");
+        QTest::addColumn<QString>("sameShapeAs");
+        // clang-format off
+    QTest::newRow("lower case drawn upper case") << "a" << "A";
+    QTest::newRow("only the first character") << "Wx" << "W";
+    QTest::newRow("no letter") << "" << "";
+        // clang-format on
+    }
+
+    void letterIcon()
+    {
+        QFETCH(QString, letter);
+        QFETCH(QString, sameShapeAs);
+        // The white of the letter, whatever gradient was picked.
+        const auto glyph = [](const QImage& image) {
+            QVector<bool> mask;
+            for (int y = 0; y < image.height(); ++y)
+                for (int x = 0; x < image.width(); ++x)
+                    mask << (qGray(image.pixel(x, y)) > 245);
+            return mask;
+        };
+        // Edge pixels blend into a random background: shapes match up to a few of them.
+        const auto alike = [](const QVector<bool>& a, const QVector<bool>& b) {
+            int differ = 0;
+            for (int i = 0; i < a.size(); ++i)
+                differ += a.at(i) != b.at(i);
+            return differ <= qMax(3, int(a.count(true)) / 20);
+        };
+        const QString url = FaviconsMap::instance()->letterIcon(letter);
+        QVERIFY(url.startsWith(QLatin1String("data:image/png;base64,")));
+        QImage image;
+        QVERIFY(image.loadFromData(QByteArray::fromBase64(url.mid(22).toLatin1()), "PNG"));
+        const int side = int(Theme::instance()->iconSizeLauncher());
+        QCOMPARE(image.size(), QSize(side, side));
+        const QVector<bool> mask = glyph(image);
+        QCOMPARE(mask.contains(true), !letter.isEmpty());
+        QVERIFY(alike(mask, glyph(LetterIcon::image(sameShapeAs))));
+        QVERIFY(!alike(mask, glyph(LetterIcon::image(QStringLiteral("O")))));
+        // The gradient starts at the top-left corner with one of the eight centre colours.
+        const QRgb corner = image.pixel(0, 0);
+        const QList<QRgb> centres
+            = { 0xE1542E, 0x53AF04, 0xAB25D0, 0x54656F, 0xE59704, 0x1BA4E5, 0x147BE5, 0x01B5B8 };
+        QVERIFY(std::any_of(centres.begin(), centres.end(), [corner](QRgb c) {
+            return qAbs(qRed(c) - qRed(corner)) + qAbs(qGreen(c) - qGreen(corner))
+                + qAbs(qBlue(c) - qBlue(corner))
+                < 6;
+        }));
+        // A site without an icon gets the letter icon of its title.
+        QVERIFY(FaviconsMap::instance()
+                    ->iconFor(QStringLiteral("https://none.example/"), letter)
+                    .startsWith(QLatin1String("data:image/png")));
+    }
+
+    void fromQml()
+    {
+        // As the front end does it: types by their QML names, rows through the role names.
+        registerQmlTypes();
+        QQmlEngine engine;
+        QQmlComponent component(&engine);
+        component.loadUrl(QUrl::fromLocalFile(QFINDTESTDATA("historypage.qml")));
+        QScopedPointer<QObject> root(component.create());
+        QVERIFY2(root, qPrintable(component.errorString()));
+        for (const QString& url :
+            { QStringLiteral("https://one.example/"), QStringLiteral("https://two.example/") })
+            QMetaObject::invokeMethod(root.data(), "visit", Q_ARG(QVariant, url),
+                Q_ARG(QVariant, url.contains(QLatin1String("one")) ? QStringLiteral("One") : QString()));
+        QObject* history = root->property("history").value<QObject*>();
+        QTRY_COMPARE(history->property("count").toInt(), 2);
+        QMetaObject::invokeMethod(history, "toggleSelection", Q_ARG(int, 1));
+        QVariant read;
+        // An untitled page shows its url as title; the back menu offers the first page.
+        QTRY_COMPARE(
+            (QMetaObject::invokeMethod(root.data(), "read", Q_RETURN_ARG(QVariant, read)), read.toString()),
+            QStringLiteral("data:,|true|https://two.example/ https://two.example/ true false false true true|"
+                           "https://one.example/ One true false true true true|https://one.example/"));
+    }
+};
 
 QTEST_MAIN(TestHistoryModels)
 #include "tst_historymodels.moc"
