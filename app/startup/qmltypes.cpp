@@ -1,5 +1,11 @@
 #include "qmltypes.h"
 
+#include "history/faviconsmap.h"
+#include "history/historymodel.h"
+#include "history/mostvisitedmodel.h"
+#include "history/popuphistorymodel.h"
+#include "history/searchmodel.h"
+#include "history/tabhistorymodel.h"
 #include "utils/filepathutils.h"
 #include "utils/managedconfigurationutils.h"
 #include "utils/screenshotutils.h"
@@ -8,6 +14,11 @@
 
 namespace
 {
+template <typename T> void creatable(const char* uri, int major, int minor, const char* name)
+{
+    qmlRegisterType<T>(uri, major, minor, name);
+}
+
 template <typename T> void singleton(const char* uri, int major, int minor, const char* name)
 {
     qmlRegisterSingletonType<T>(uri, major, minor, name, &T::qmlInstance);
@@ -19,9 +30,16 @@ const QVector<QmlTypeEntry>& qmlTypeEntries()
     // The one list of the module's types, in the order the front end expects
     // them to be registered. Types join it as their classes exist.
     static const QVector<QmlTypeEntry> entries = {
+        { "BaseHistoryModel", QmlTypeEntry::Creatable, &creatable<BaseHistoryModel> },
+        { "HistoryModel", QmlTypeEntry::Creatable, &creatable<HistoryModel> },
+        { "SearchModel", QmlTypeEntry::Creatable, &creatable<SearchModel> },
+        { "TabHistoryModel", QmlTypeEntry::Creatable, &creatable<TabHistoryModel> },
+        { "PopupHistoryModel", QmlTypeEntry::Creatable, &creatable<PopupHistoryModel> },
+        { "MostVisitedModel", QmlTypeEntry::Creatable, &creatable<MostVisitedModel> },
         { "FilePathUtils", QmlTypeEntry::Singleton, &singleton<FilePathUtils> },
         { "ManagedConfigurationUtils", QmlTypeEntry::Singleton, &singleton<ManagedConfigurationUtils> },
         { "ScreenshotUtils", QmlTypeEntry::Singleton, &singleton<ScreenshotUtils> },
+        { "FaviconsMap", QmlTypeEntry::Singleton, &singleton<FaviconsMap> },
     };
     return entries;
 }

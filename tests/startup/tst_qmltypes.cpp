@@ -1,6 +1,7 @@
 // Every native type of the module must be usable from QML under its name.
 
 #include "startup/qmltypes.h"
+#include "support/tempprofile.h"
 
 #include <QQmlComponent>
 #include <QQmlEngine>
@@ -14,6 +15,9 @@ private slots:
     void reachableFromQml_data();
     void reachableFromQml();
     void namesAreUnique();
+
+private:
+    TempProfile m_profile; // models and caches open storage as they are made
 };
 
 void TestQmlTypes::reachableFromQml_data()
