@@ -1,5 +1,6 @@
 #include "qmltypes.h"
 
+#include "pwa/pwamanager.h"
 #include "utils/filepathutils.h"
 
 #include <QtQml>
@@ -18,6 +19,7 @@ const QVector<QmlTypeEntry>& qmlTypeEntries()
     // them to be registered. Types join it as their classes exist.
     static const QVector<QmlTypeEntry> entries = {
         { "FilePathUtils", QmlTypeEntry::Singleton, &singleton<FilePathUtils> },
+        { "PwaManager", QmlTypeEntry::Singleton, &singleton<PwaManager> },
     };
     return entries;
 }
