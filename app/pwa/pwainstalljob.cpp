@@ -69,6 +69,8 @@ void PwaInstallJob::start()
         &PwaInstallJob::handleManifestDownloaded);
     connect(m_webView.data(), &Orvane::WebView::WebView::imageDownloadFinished, this,
         &PwaInstallJob::handleIconDownloaded);
+    // A closed tab takes its pending downloads with it; the job must still end.
+    connect(m_webView.data(), &QObject::destroyed, this, [this] { emitError(PwaManager::FAILURE); });
     continueInstallation();
 }
 

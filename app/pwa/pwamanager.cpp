@@ -22,12 +22,6 @@
 namespace
 {
 PwaManager* s_instance = nullptr;
-
-// Same scheme, same authority, and the path continues the parent's below a slash.
-bool isParentOf(const QUrl& parent, const QUrl& child)
-{
-    return parent.isParentOf(child);
-}
 } // namespace
 
 PwaManager::PwaManager(QObject* parent)
@@ -175,7 +169,8 @@ bool PwaManager::isInScope(const QString& url, const QString& scopeUrl) const
     qCDebug(lcPwa) << "Checking scope:" << url << scopeUrl;
     const QUrl target = PwaManifest::directoryOf(QUrl(url, QUrl::TolerantMode));
     const QUrl scope = PwaManifest::directoryOf(QUrl(scopeUrl, QUrl::TolerantMode));
-    if (isParentOf(scope, target) || scope == target)
+    // isParentOf: same scheme and authority, and the path continues the scope's below a slash.
+    if (scope.isParentOf(target) || scope == target)
         return true;
     if (!scope.host().isEmpty() && target.host().endsWith(QLatin1Char('.') + scope.host()))
         return target.scheme() == scope.scheme() && target.path().startsWith(scope.path());

@@ -7,6 +7,7 @@
 #include "logcapture.h"
 #include "privatebus.h"
 #include "pwa/pwamanager.h"
+#include "pwa/pwamanifest.h"
 #include "tempprofile.h"
 
 #include <application.h>
@@ -33,12 +34,15 @@ QByteArray png(int width, int height, QColor colour = Qt::red)
     return data;
 }
 
-// A PNG whose header claims 99999x99999 pixels: decoding it would need ~40 GB.
+// 20 megapixels in a few kilobytes of PNG: over the decoder's pixel cap.
 QByteArray pngBomb()
 {
-    QByteArray data = png(1, 1);
-    const QByteArray size = QByteArray::fromHex("0001869F0001869F");
-    data.replace(16, 8, size);
+    QImage image(5000, 4000, QImage::Format_Mono);
+    image.fill(0);
+    QByteArray data;
+    QBuffer buffer(&data);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "PNG");
     return data;
 }
 
@@ -69,6 +73,8 @@ private slots:
     void updateReplacesIcons();
     void realManifests_data();
     void realManifests();
+    void startUrlStaysOnOrigin_data();
+    void startUrlStaysOnOrigin();
 
 private:
     // Runs install or update and returns the result, or -1 when no result came.
@@ -383,6 +389,35 @@ void TestPwaInstall::realManifests()
     QCOMPARE(config.value(QStringLiteral("scope")).toString(), m_server.url(scopePath).toString());
     QCOMPARE(config.value(QStringLiteral("display")).toString(), QStringLiteral("standalone"));
     QCOMPARE(QImage(dir + QStringLiteral("/172x172.png")).pixelColor(86, 86).red(), chosenIcon * 15);
+}
+
+void TestPwaInstall::startUrlStaysOnOrigin_data()
+{
+    QTest::addColumn<QString>("startUrl");
+    QTest::addColumn<QString>("expected");
+    // Page https://example.com/app/page.html?x, manifest https://example.com/meta/m.json.
+    QTest::newRow("absolute path") << "/home?pwa"
+                                   << "https://example.com/home?pwa";
+    QTest::newRow("slash is the page's directory") << " / "
+                                                   << "https://example.com/app/";
+    QTest::newRow("other host") << "https://evil.example/"
+                                << "https://example.com/app/";
+    QTest::newRow("other scheme") << "http://example.com/app/"
+                                  << "https://example.com/app/";
+    QTest::newRow("other port") << "https://example.com:444/app/"
+                                << "https://example.com/app/";
+    QTest::newRow("script") << "javascript:alert(1)"
+                            << "https://example.com/app/";
+}
+
+void TestPwaInstall::startUrlStaysOnOrigin()
+{
+    QFETCH(QString, startUrl);
+    QFETCH(QString, expected);
+    QCOMPARE(PwaManifest::startUrl(startUrl, QUrl(QStringLiteral("https://example.com/app/page.html?x")),
+                 QUrl(QStringLiteral("https://example.com/meta/m.json")))
+                 .toString(),
+        expected);
 }
 
 QTEST_MAIN(TestPwaInstall)

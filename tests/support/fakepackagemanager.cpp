@@ -9,7 +9,7 @@
 
 namespace
 {
-// method -> (interface, input signature, output signature)
+// Interface, method, input arguments' signatures (comma-separated), output signature.
 struct MethodInfo {
     const char* interface;
     const char* method;
@@ -18,10 +18,10 @@ struct MethodInfo {
 };
 const MethodInfo methods[] = {
     { FakePackageManager::pwaInterface, "CheckInstalled", "s", "(bs)" },
-    { FakePackageManager::pwaInterface, "Install", "sssas(bs)(bs)(bs)sas", "" },
-    { FakePackageManager::pwaInterface, "Upgrade", "ssas(bs)(bs)(bs)sas", "" },
+    { FakePackageManager::pwaInterface, "Install", "s,s,s,as,(bs),(bs),(bs),s,as", "" },
+    { FakePackageManager::pwaInterface, "Upgrade", "s,s,as,(bs),(bs),(bs),s,as", "" },
     { FakePackageManager::bookmarksInterface, "CheckExists", "s", "b" },
-    { FakePackageManager::bookmarksInterface, "Create", "sss", "" },
+    { FakePackageManager::bookmarksInterface, "Create", "s,s,s", "" },
 };
 
 QString signatureOf(const QVariant& value)
@@ -51,23 +51,6 @@ QVariant readPlain(const QDBusArgument& argument)
             items << readPlain(argument);
         argument.endArray();
         return items;
-    }
-    case QDBusArgument::MapType: {
-        QVariantList entries;
-        argument.beginMap();
-        while (!argument.atEnd()) {
-            argument.beginMapEntry();
-            QVariantList entry;
-            entry << readPlain(argument) << readPlain(argument);
-            argument.endMapEntry();
-            entries << QVariant(entry);
-        }
-        argument.endMap();
-        return entries;
-    }
-    case QDBusArgument::VariantType: {
-        const QDBusVariant variant = qdbus_cast<QDBusVariant>(argument);
-        return FakePackageManager::plain(variant.variant());
     }
     default: {
         const QVariant basic = argument.asVariant();
@@ -174,24 +157,9 @@ QString FakePackageManager::introspect() const
             if (interface != QLatin1String(info.interface))
                 continue;
             xml += QStringLiteral("<method name=\"%1\">").arg(QLatin1String(info.method));
-            // The whole input signature as one argument per complete type.
-            const QByteArray in(info.in);
-            int depth = 0;
-            QByteArray current;
-            int index = 0;
-            for (char c : in) {
-                current += c;
-                if (c == '(')
-                    ++depth;
-                else if (c == ')')
-                    --depth;
-                if (depth == 0 && c != 'a') {
-                    xml += QStringLiteral("<arg name=\"arg%1\" type=\"%2\" direction=\"in\"/>")
-                               .arg(index++)
-                               .arg(QString::fromLatin1(current));
-                    current.clear();
-                }
-            }
+            const QStringList in = QString::fromLatin1(info.in).split(QLatin1Char(','));
+            for (int i = 0; i < in.size(); ++i)
+                xml += QStringLiteral("<arg name=\"arg%1\" type=\"%2\" direction=\"in\"/>").arg(i).arg(in[i]);
             if (*info.out)
                 xml += QStringLiteral("<arg name=\"result\" type=\"%1\" direction=\"out\"/>")
                            .arg(QLatin1String(info.out));
