@@ -298,7 +298,8 @@ void TestPwaInstall::failures()
         QVERIFY(logs.messages().contains(QStringLiteral("another PWA is updating")));
     } else {
         result = run(mode.startsWith(QLatin1String("update")),
-            mode == QLatin1String("null view") ? nullptr : &m_view, base, manifest, 3000);
+            mode == QLatin1String("null view") ? nullptr : &m_view, base, manifest,
+            mode == QLatin1String("null view") ? 300 : 10000);
     }
     if (apm == QLatin1String("down"))
         QVERIFY(m_apm->start());
