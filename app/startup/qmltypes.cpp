@@ -6,6 +6,7 @@
 #include "history/popuphistorymodel.h"
 #include "history/searchmodel.h"
 #include "history/tabhistorymodel.h"
+#include "pwa/pwamanager.h"
 #include "utils/filepathutils.h"
 #include "utils/managedconfigurationutils.h"
 #include "utils/screenshotutils.h"
@@ -40,6 +41,7 @@ const QVector<QmlTypeEntry>& qmlTypeEntries()
         { "ManagedConfigurationUtils", QmlTypeEntry::Singleton, &singleton<ManagedConfigurationUtils> },
         { "ScreenshotUtils", QmlTypeEntry::Singleton, &singleton<ScreenshotUtils> },
         { "FaviconsMap", QmlTypeEntry::Singleton, &singleton<FaviconsMap> },
+        { "PwaManager", QmlTypeEntry::Singleton, &singleton<PwaManager> },
     };
     return entries;
 }

@@ -1,6 +1,7 @@
 #include "startup.h"
 
 #include "libchecksum.h"
+#include "pwa/pwamanager.h"
 #include "qmltypes.h"
 #include "startoptions.h"
 #include "utils/logcategories.h"
@@ -34,15 +35,6 @@ const QString browserExtensionsPath = installDataDir + QStringLiteral("/browser-
 const QString cryptoproCheckerInstallPath
     = QStringLiteral("/usr/libexec/") + appId + QStringLiteral("/bin/ru.orvaneos.webview-cryptopro-checker");
 const QString translationsDir = installDataDir + QStringLiteral("/translations/");
-
-// The PWA shell needs the PWA manager for its launch configuration. Until it
-// is part of the program there is no configuration to read, and PWA mode
-// cannot start.
-bool pwaStartUrl(QString* startUrl)
-{
-    Q_UNUSED(startUrl)
-    return false;
-}
 
 bool osBelow52()
 {
@@ -85,10 +77,14 @@ int runWebdeck(int& argc, char** argv, const StartupConfig& config)
     } else {
         app->setOrganizationName(QStringLiteral("webdeck"));
         app->setApplicationName(QStringLiteral("pwa"));
-        if (!pwaStartUrl(&startUrl)) {
+        // The shell opens what the installer configured; a missing or broken
+        // configuration leaves an empty start URL, which the window handles.
+        auto* pwaManager = qobject_cast<PwaManager*>(PwaManager::instance());
+        if (!pwaManager) {
             qCCritical(lcApp) << "no pwa manager, cannot start pwa!";
             return -1;
         }
+        startUrl = pwaManager->pwaConfig().startUrl;
     }
 
     // Installed even when loading fails: a missing catalogue only means the

@@ -20,6 +20,17 @@ const char* const browserQml
       "                             FilePathUtils.getCommonUrl('https://www.example.com/a'),\n"
       "                             pwa, STANDALONE].join('|')\n"
       "}\n";
+
+// The shell's window asks the manager, by its QML name, where the app may go.
+const char* const pwaQml
+    = "import QtQuick 2.15\n"
+      "import BrowserInternal 1.0\n"
+      "Item {\n"
+      "    property string report: [typeof startUrl !== 'undefined' ? startUrl : '<unset>', pwa,\n"
+      "        PwaManager.pwaConfig.valid,\n"
+      "        PwaManager.isInScope('https://m.example.com/app/inbox', PwaManager.pwaConfig.scope),\n"
+      "        PwaManager.isInScope('https://example.org/app/', PwaManager.pwaConfig.scope)].join('|')\n"
+      "}\n";
 }
 
 class TestStartup : public QObject
@@ -29,8 +40,8 @@ private slots:
     void initTestCase();
     void browserMode_data();
     void browserMode();
-    void pwaModeWithoutConfigurationFails_data();
-    void pwaModeWithoutConfigurationFails();
+    void pwaMode_data();
+    void pwaMode();
 
 private:
     struct Run {
@@ -52,7 +63,7 @@ void TestStartup::initTestCase()
         { QStringLiteral("qml/BrowserWindow.qml"), QStringLiteral("qml/pwa/PWAWindow.qml") }) {
         QFile file(m_appData.filePath(name));
         QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(browserQml);
+        file.write(name.contains(QLatin1String("pwa/")) ? pwaQml : browserQml);
     }
 }
 
@@ -171,24 +182,52 @@ void TestStartup::browserMode()
         expectedStartUrl + QStringLiteral("|example.com/a|false|true"));
 }
 
-void TestStartup::pwaModeWithoutConfigurationFails_data()
+void TestStartup::pwaMode_data()
 {
-    QTest::addColumn<QStringList>("args");
+    QTest::addColumn<QByteArray>("config"); // pwaconfig.json of the app; empty: none
     QTest::addColumn<bool>("webdriver");
-    QTest::newRow("pwa") << QStringList { QStringLiteral("--pwa") } << false;
-    QTest::newRow("pwa with webdriver") << QStringList { QStringLiteral("--pwa") } << true;
+    QTest::addColumn<QString>("qmlReport");
+
+    const QByteArray config = R"({"start_url": "https://example.com/app/index.html",
+        "scope": "https://example.com/app/", "display": "standalone"})";
+    QTest::newRow("configured") << config << false
+                                << QStringLiteral("https://example.com/app/index.html|true|true|true|false");
+    QTest::newRow("configured, webdriver")
+        << config << true << QStringLiteral("https://example.com/app/index.html|true|true|true|false");
+    QTest::newRow("no configuration")
+        << QByteArray() << false << QStringLiteral("<unset>|true|false|false|false");
+    QTest::newRow("malformed configuration") << QByteArray("[\"https://example.com/\"]") << false
+                                             << QStringLiteral("<unset>|true|false|false|false");
 }
 
-void TestStartup::pwaModeWithoutConfigurationFails()
+void TestStartup::pwaMode()
 {
-    QFETCH(QStringList, args);
+    QFETCH(QByteArray, config);
     QFETCH(bool, webdriver);
-    const Run run = runProbe(args, webdriver);
-    // -1 as a process status.
-    QCOMPARE(run.exitCode, 255);
-    QVERIFY(run.report.isEmpty());
-    QVERIFY2(run.stderrText.contains(QLatin1String("no pwa manager, cannot start pwa!")),
-        qPrintable(run.stderrText));
+    QFETCH(QString, qmlReport);
+
+    // Where the shell's own data directory is: organisation "webdeck", application "pwa".
+    const QString appDir = qEnvironmentVariable("XDG_DATA_HOME") + QStringLiteral("/webdeck/pwa");
+    QDir(appDir).removeRecursively();
+    if (!config.isEmpty()) {
+        QVERIFY(QDir().mkpath(appDir));
+        QFile file(appDir + QStringLiteral("/pwaconfig.json"));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(config);
+    }
+
+    const Run run
+        = runProbe({ QStringLiteral("--pwa"), QStringLiteral("https://ignored.example/") }, webdriver);
+    QVERIFY2(run.exitCode == 0, qPrintable(run.stderrText));
+    QCOMPARE(run.report.value(QStringLiteral("organization")).toString(), QStringLiteral("webdeck"));
+    QCOMPARE(run.report.value(QStringLiteral("application")).toString(), QStringLiteral("pwa"));
+    QVERIFY(run.report.value(QStringLiteral("environment"))
+                .toObject()
+                .value(QStringLiteral("ORVANE_APP_ID"))
+                .isUndefined());
+    QCOMPARE(run.report.value(QStringLiteral("source")).toString(),
+        QUrl::fromLocalFile(m_appData.filePath(QStringLiteral("qml/pwa/PWAWindow.qml"))).toString());
+    QCOMPARE(run.report.value(QStringLiteral("qmlReport")).toString(), qmlReport);
 }
 
 QTEST_GUILESS_MAIN(TestStartup)
