@@ -118,23 +118,22 @@ void PwaService::Upgrade(const QString& scope, const QString& name, const QStrin
     deploy(appId, request);
 }
 
-// An upgrade carries no app id. The id is that of the start URL, as the browser
-// derives it; failing that, the app installed from the same directory or with
-// the same scope is the one being upgraded.
+// An upgrade carries no app id. The browser derives the id from the start URL
+// it writes into "pwaconfig.json", so that URL, in the forms a URL prints in,
+// names the app; an app directory named after its id names it too. Nothing
+// looser (scope, directory) is taken: two apps may share either, and an
+// upgrade must never overwrite another app.
 QString PwaService::installedIdFor(const Request& request, const QString& startUrl) const
 {
-    const QString byStartUrl = Orvane::PWA::generateAppId(startUrl);
-    if (!startUrl.isEmpty() && isInstalled(byStartUrl))
-        return byStartUrl;
-    const QString byDirectory = QFileInfo(request.directory).fileName();
-    if (isInstalled(byDirectory))
-        return byDirectory;
-    const QDir apps(Files::bridgeDataDir() + QLatin1String("/pwa"));
-    for (const QString& appId : apps.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name)) {
-        const QJsonObject record = readJsonObject(appHome(appId) + QLatin1Char('/') + kRecordFile);
-        const bool sameSource = record.value(QLatin1String("source")).toString() == request.directory;
-        const bool sameScope = record.value(QLatin1String("scope")).toString() == request.scope;
-        if ((sameSource || sameScope) && isInstalled(appId))
+    const QUrl url(startUrl);
+    QStringList candidates;
+    for (const QString& text : { startUrl, url.toString(), url.toString(QUrl::FullyEncoded) }) {
+        if (!text.isEmpty())
+            candidates.append(Orvane::PWA::generateAppId(text));
+    }
+    candidates.append(QFileInfo(request.directory).fileName());
+    for (const QString& appId : qAsConst(candidates)) {
+        if (isInstalled(appId))
             return appId;
     }
     return QString();
