@@ -1,72 +1,14 @@
-#include <QBuffer>
 #include <QDBusArgument>
-#include <QDBusConnection>
 #include <QDBusConnectionInterface>
-#include <QDBusMessage>
+#include <QDBusInterface>
 #include <QDirIterator>
 #include <QImage>
 #include <QJsonDocument>
-#include <QJsonObject>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include "pwahelper.h"
-
-// The real bridge program on a private bus with a permissive policy, writing
-// into a temporary data home; the test calls it as the browser does.
-class BridgeBus
-{
-public:
-    bool start(const QString& root)
-    {
-        const QString config = root + QStringLiteral("/bus.conf");
-        QFile file(config);
-        file.open(QIODevice::WriteOnly);
-        file.write("<busconfig><listen>unix:path=" + QFile::encodeName(root)
-            + "/bus</listen><auth>EXTERNAL</auth>"
-              "<policy context=\"default\"><allow send_destination=\"*\" eavesdrop=\"true\"/>"
-              "<allow eavesdrop=\"true\"/><allow own=\"*\"/></policy>"
-              "</busconfig>");
-        file.close();
-        m_daemon.start(QStringLiteral("dbus-daemon"),
-            { QStringLiteral("--nofork"), QStringLiteral("--print-address=1"),
-                QStringLiteral("--config-file=") + config });
-        if (!m_daemon.waitForReadyRead(5000))
-            return false;
-        const QString address = QString::fromUtf8(m_daemon.readLine().trimmed());
-        auto env = QProcessEnvironment::systemEnvironment();
-        env.insert(QStringLiteral("DBUS_SYSTEM_BUS_ADDRESS"), address);
-        env.insert(QStringLiteral("XDG_DATA_HOME"), root + QStringLiteral("/data"));
-        m_bridge.setProcessEnvironment(env);
-        m_bridge.setProcessChannelMode(QProcess::ForwardedChannels);
-        m_bridge.start(QStringLiteral(APMBRIDGE_PROGRAM), QStringList());
-        bus = QDBusConnection::connectToBus(address, QStringLiteral("apmbridge-test"));
-        for (int i = 0; i < 100 && !bus.interface()->isServiceRegistered(QStringLiteral("ru.nuvo.APM")); ++i)
-            QTest::qWait(50);
-        return bus.interface()->isServiceRegistered(QStringLiteral("ru.nuvo.APM"));
-    }
-    ~BridgeBus()
-    {
-        QDBusConnection::disconnectFromBus(QStringLiteral("apmbridge-test"));
-        for (QProcess* process : { &m_bridge, &m_daemon }) {
-            process->terminate();
-            process->waitForFinished(3000);
-        }
-    }
-    QDBusMessage call(const QString& interface, const QString& method, const QVariantList& args)
-    {
-        auto message = QDBusMessage::createMethodCall(
-            QStringLiteral("ru.nuvo.APM"), QStringLiteral("/ru/nuvo/APM"), interface, method);
-        message.setArguments(args);
-        return bus.call(message);
-    }
-    QDBusConnection bus { QString() };
-
-private:
-    QProcess m_daemon;
-    QProcess m_bridge;
-};
 
 namespace
 {
@@ -86,11 +28,9 @@ QVariant boolString()
 QMultiMap<QString, QString> readEntry(const QString& path)
 {
     QFile file(path);
+    file.open(QIODevice::ReadOnly);
     QMultiMap<QString, QString> keys;
-    if (!file.open(QIODevice::ReadOnly))
-        return keys;
-    const QStringList lines = QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-    for (const QString& line : lines.mid(1))
+    for (const QString& line : QString::fromUtf8(file.readAll()).split(QLatin1Char('\n')).mid(1))
         keys.insert(line.section(QLatin1Char('='), 0, 0), line.section(QLatin1Char('='), 1));
     return keys;
 }
@@ -109,12 +49,10 @@ QStringList execArguments(const QString& value)
             quoted = !quoted;
         else if (quoted && (c == QLatin1Char('$') || c == QLatin1Char('`')))
             return {}; // a launcher's shell would expand these
-        else if (quoted && c == QLatin1Char('\\'))
+        else if ((quoted && c == QLatin1Char('\\')) || c == QLatin1Char('%'))
             args.last().append(exec.at(++i));
         else if (!quoted && c == QLatin1Char(' '))
             args.append(QString());
-        else if (c == QLatin1Char('%'))
-            args.last().append(exec.at(++i));
         else
             args.last().append(c);
     }
@@ -145,10 +83,37 @@ class TestApmBridge : public QObject
     Q_OBJECT
 
 private slots:
+    // The real bridge program on a private bus with a permissive policy, writing
+    // into a temporary data home.
     void initTestCase()
     {
-        QVERIFY(m_root.isValid());
-        QVERIFY(m_bus.start(m_root.path()));
+        QFile config(m_root.filePath(QStringLiteral("bus.conf")));
+        QVERIFY(config.open(QIODevice::WriteOnly));
+        config.write(
+            "<busconfig><listen>unix:tmpdir=/tmp</listen><auth>EXTERNAL</auth><policy context=\"default\">"
+            "<allow send_destination=\"*\" eavesdrop=\"true\"/><allow eavesdrop=\"true\"/>"
+            "<allow own=\"*\"/></policy></busconfig>");
+        config.close();
+        m_daemon.start(QStringLiteral("dbus-daemon"),
+            { QStringLiteral("--nofork"), QStringLiteral("--print-address"),
+                QStringLiteral("--config-file=") + config.fileName() });
+        QVERIFY(m_daemon.waitForReadyRead(5000));
+        const QString address = QString::fromUtf8(m_daemon.readLine().trimmed());
+        auto env = QProcessEnvironment::systemEnvironment();
+        env.insert(QStringLiteral("DBUS_SYSTEM_BUS_ADDRESS"), address);
+        env.insert(QStringLiteral("XDG_DATA_HOME"), m_root.filePath(QStringLiteral("data")));
+        m_bridge.setProcessEnvironment(env);
+        m_bridge.start(QStringLiteral(APMBRIDGE_PROGRAM), QStringList());
+        m_bus = QDBusConnection::connectToBus(address, QStringLiteral("apmbridge-test"));
+        QTRY_VERIFY(m_bus.interface()->isServiceRegistered(QStringLiteral("ru.nuvo.APM")));
+    }
+
+    void cleanupTestCase()
+    {
+        for (QProcess* process : { &m_bridge, &m_daemon }) {
+            process->terminate();
+            process->waitForFinished();
+        }
     }
 
     void pwaInstall_data()
@@ -157,14 +122,18 @@ private slots:
         QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("expectedName"); // empty: the install is refused
 
-        const QString id = QStringLiteral("kfgnpoabcdeflkjhgfedcbaponmlkjih");
-        QTest::newRow("plain") << id << QStringLiteral("Notes") << QStringLiteral("Notes");
-        QTest::newRow("name injecting keys")
-            << QStringLiteral("abc") << QStringLiteral("Evil\n[X]\nExec=rm -rf ~")
-            << QStringLiteral("Evil [X] Exec=rm -rf ~");
-        QTest::newRow("no name") << QStringLiteral("abd") << QString() << QStringLiteral("app.test");
+        QTest::newRow("plain") << "kfgnpoabcdeflkjhgfedcbaponmlkjih"
+                               << "Notes"
+                               << "Notes";
+        QTest::newRow("name injecting keys") << "abc"
+                                             << "Evil\n[X]\nExec=rm -rf ~"
+                                             << "Evil [X] Exec=rm -rf ~";
+        QTest::newRow("no name") << "abd"
+                                 << ""
+                                 << "app.test";
         for (const char* hostile : { "../x", "/", "", "a/b", "..", "x/../../y" })
-            QTest::newRow(hostile) << QString::fromLatin1(hostile) << QStringLiteral("Hostile") << QString();
+            QTest::newRow(hostile) << hostile << "Hostile"
+                                   << "";
     }
 
     void pwaInstall()
@@ -172,12 +141,13 @@ private slots:
         QFETCH(QString, appId);
         QFETCH(QString, name);
         QFETCH(QString, expectedName);
-        const QString source = prepareApp(QStringLiteral("https://app.test/%1/").arg(appId.size()),
-            { { 86, Qt::blue }, { 172, Qt::red }, { 128, Qt::blue } });
+        const QString startUrl = QStringLiteral("https://app.test/%1/").arg(appId.size());
+        const QString source
+            = prepareApp(startUrl, { { 86, Qt::blue }, { 172, Qt::red }, { 128, Qt::blue } });
         const QStringList before = filesUnder(m_root.path());
         QCOMPARE(checkInstalled(appId), false);
 
-        const QDBusMessage reply = install(appId, name, source);
+        const QDBusMessage reply = deploy(appId, name, source);
         if (expectedName.isEmpty()) {
             QCOMPARE(reply.errorName(), QStringLiteral("org.freedesktop.DBus.Error.InvalidArgs"));
             QCOMPARE(filesUnder(m_root.path()), before);
@@ -185,51 +155,47 @@ private slots:
         }
         QCOMPARE(reply.type(), QDBusMessage::ReplyMessage);
         QCOMPARE(checkInstalled(appId), true);
-
-        const auto entry = readEntry(entryPath(QStringLiteral("pwa.") + appId));
+        const QString iconName = QStringLiteral("ru.nuvo.webdeck.pwa.") + appId;
+        const auto entry = readEntry(entryPath(iconName));
         QCOMPARE(entry.values(QStringLiteral("Name")), QStringList { expectedName });
-        QCOMPARE(entry.values(QStringLiteral("Icon")),
-            QStringList { QStringLiteral("ru.nuvo.webdeck.pwa.") + appId });
+        QCOMPARE(entry.values(QStringLiteral("Icon")), QStringList { iconName });
         const QStringList exec = execArguments(entry.value(QStringLiteral("Exec")));
         QCOMPARE(exec.size(), 4);
-        QCOMPARE(exec.at(0), QStringLiteral("env"));
-        QVERIFY2(exec.at(2).endsWith(QLatin1String("/ru.nuvo.webdeck")), qPrintable(exec.at(2)));
-        QCOMPARE(exec.at(3), QStringLiteral("--pwa"));
+        QVERIFY2(exec.at(0) == QLatin1String("env") && exec.at(2).endsWith(QLatin1String("/ru.nuvo.webdeck"))
+                && exec.at(3) == QLatin1String("--pwa"),
+            qPrintable(exec.join(QLatin1Char(' '))));
         // The PWA shell, run with that data home, finds the app's launch configuration.
         QVERIFY(exec.at(1).startsWith(QLatin1String("XDG_DATA_HOME=")));
         QFile config(exec.at(1).mid(14) + QStringLiteral("/webdeck/pwa/pwaconfig.json"));
         QVERIFY(config.open(QIODevice::ReadOnly));
-        QCOMPARE(QJsonDocument::fromJson(config.readAll())[QLatin1String("start_url")].toString(),
-            QStringLiteral("https://app.test/%1/").arg(appId.size()));
-        verifyThemeIcons(QStringLiteral("ru.nuvo.webdeck.pwa.") + appId, Qt::red);
+        QCOMPARE(QJsonDocument::fromJson(config.readAll())[QLatin1String("start_url")].toString(), startUrl);
+        verifyThemeIcons(iconName, Qt::red); // from the largest icon given
     }
 
     void pwaUpgrade()
     {
-        const QString startUrl = QStringLiteral("https://up.test/");
         // The browser installs under the id of the start URL, and an upgrade finds the app by it.
+        const QString startUrl = QStringLiteral("https://up.test/");
         const QString appId = Orvane::PWA::generateAppId(startUrl);
         const QString source = prepareApp(startUrl, { { 86, Qt::blue }, { 172, Qt::blue } });
-        QCOMPARE(install(appId, QStringLiteral("Old"), source).type(), QDBusMessage::ReplyMessage);
+        QCOMPARE(deploy(appId, QStringLiteral("Old"), source).type(), QDBusMessage::ReplyMessage);
 
-        // The browser rewrites its app directory, with a new icon set, and asks for an upgrade.
+        const QString other = prepareApp(QStringLiteral("https://never.test/"), { { 64, Qt::blue } });
+        QCOMPARE(deploy(QString(), QStringLiteral("Never"), other).type(), QDBusMessage::ErrorMessage);
+
+        // The browser rewrites its app directory with a new icon set.
         QFile::remove(source + QStringLiteral("/86x86.png"));
         QFile::remove(source + QStringLiteral("/172x172.png"));
-        const QString icon = writePng(source, 192, Qt::green);
-        QCOMPARE(upgrade(QStringLiteral("New"), source, { icon }).type(), QDBusMessage::ReplyMessage);
+        m_icons = QStringList { writePng(source, 192, Qt::green) };
+        QCOMPARE(deploy(QString(), QStringLiteral("New"), source).type(), QDBusMessage::ReplyMessage);
 
-        QCOMPARE(readEntry(entryPath(QStringLiteral("pwa.") + appId)).value(QStringLiteral("Name")),
-            QStringLiteral("New"));
-        verifyThemeIcons(QStringLiteral("ru.nuvo.webdeck.pwa.") + appId, Qt::green);
-        const QString appData = m_root.path() + QStringLiteral("/data/ru.nuvo.webdeck-apmbridge/pwa/") + appId
-            + QStringLiteral("/webdeck/pwa");
-        QCOMPARE(QDir(appData).entryList({ QStringLiteral("*.png") }),
-            QStringList { QStringLiteral("192x192.png") });
-
-        // An upgrade of an app never installed is refused.
-        const QString other = prepareApp(QStringLiteral("https://never.test/"), { { 64, Qt::blue } });
-        QCOMPARE(upgrade(QStringLiteral("Never"), other, { other + QStringLiteral("/64x64.png") }).type(),
-            QDBusMessage::ErrorMessage);
+        const QString iconName = QStringLiteral("ru.nuvo.webdeck.pwa.") + appId;
+        QCOMPARE(readEntry(entryPath(iconName)).value(QStringLiteral("Name")), QStringLiteral("New"));
+        verifyThemeIcons(iconName, Qt::green);
+        const QDir appData(m_root.path() + QStringLiteral("/data/ru.nuvo.webdeck-apmbridge/pwa/") + appId
+            + QStringLiteral("/webdeck/pwa"));
+        QCOMPARE(
+            appData.entryList({ QStringLiteral("*.png") }), QStringList { QStringLiteral("192x192.png") });
     }
 
     void bookmark_data()
@@ -240,14 +206,11 @@ private slots:
         QTest::addColumn<QString>("expectedName"); // empty: refused
         QTest::addColumn<bool>("ownIcon");
 
-        QImage image(32, 32, QImage::Format_ARGB32);
-        image.fill(Qt::red);
-        QByteArray png;
-        QBuffer buffer(&png);
-        buffer.open(QIODevice::WriteOnly);
-        image.save(&buffer, "PNG");
+        QFile png(writePng(m_root.path(), 32, Qt::red));
+        png.open(QIODevice::ReadOnly);
         const QString dataUrl
-            = QStringLiteral("data:image/png;base64,") + QString::fromLatin1(png.toBase64());
+            = QStringLiteral("data:image/png;base64,") + QString::fromLatin1(png.readAll().toBase64());
+        png.remove();
 
         QTest::newRow("page with icon") << "https://example.com/page"
                                         << "Example" << dataUrl << "Example" << true;
@@ -272,7 +235,7 @@ private slots:
         const QStringList before = filesUnder(m_root.path());
         QCOMPARE(checkExists(url), false);
 
-        const QDBusMessage reply = m_bus.call(kBookmarks, QStringLiteral("Create"), { url, title, icon });
+        const QDBusMessage reply = call(kBookmarks, QStringLiteral("Create"), { url, title, icon });
         if (expectedName.isEmpty()) {
             QCOMPARE(reply.type(), QDBusMessage::ErrorMessage);
             QCOMPARE(checkExists(url), false);
@@ -281,21 +244,21 @@ private slots:
         }
         QCOMPARE(reply.type(), QDBusMessage::ReplyMessage);
         QCOMPARE(checkExists(url), true);
-        const QStringList added = filesUnder(m_root.path() + QStringLiteral("/data/applications"));
-        const QString entryFile = *std::find_if(
-            added.cbegin(), added.cend(), [&](const QString& f) { return !before.contains(f); });
-        const auto entry = readEntry(entryFile);
+        // One entry per page, named after it.
+        const QString iconName = QStringLiteral("ru.nuvo.webdeck.bookmark.")
+            + Orvane::PWA::generateAppId(QUrl(url, QUrl::TolerantMode).toString(QUrl::FullyEncoded));
+        const auto entry = readEntry(entryPath(iconName));
         QCOMPARE(entry.value(QStringLiteral("Name")), expectedName);
         const QStringList exec = execArguments(entry.value(QStringLiteral("Exec")));
         QCOMPARE(exec.size(), 2);
         QCOMPARE(QUrl(exec.at(1)), QUrl(url, QUrl::TolerantMode));
-        const QString iconName = QFileInfo(entryFile).completeBaseName();
         QCOMPARE(entry.value(QStringLiteral("Icon")), ownIcon ? iconName : QStringLiteral("web-browser"));
         if (ownIcon)
             verifyThemeIcons(iconName, Qt::red);
     }
 
 private:
+    // An app directory as the browser prepares it; its icons become m_icons.
     QString prepareApp(const QString& startUrl, const QVector<QPair<int, Qt::GlobalColor>>& icons)
     {
         const QString dir = m_root.path() + QStringLiteral("/browser/PWAs/") + QString::number(++m_apps);
@@ -303,53 +266,45 @@ private:
         m_icons.clear();
         for (const auto& icon : icons)
             m_icons.append(writePng(dir, icon.first, icon.second));
-        QFile manifest(dir + QStringLiteral("/manifest.json"));
-        manifest.open(QIODevice::WriteOnly);
-        manifest.write(R"({"name": "App", "display": "standalone"})");
         QFile config(dir + QStringLiteral("/pwaconfig.json"));
         config.open(QIODevice::WriteOnly);
-        config.write(QJsonDocument(
-            QJsonObject { { QStringLiteral("start_url"), startUrl }, { QStringLiteral("scope"), startUrl },
-                { QStringLiteral("display"), QStringLiteral("standalone") } })
-                         .toJson());
+        config.write(QStringLiteral(R"({"start_url": "%1", "scope": "%1", "display": "standalone"})")
+                         .arg(startUrl)
+                         .toUtf8());
         return dir;
     }
 
-    QDBusMessage install(const QString& appId, const QString& name, const QString& source)
+    // Install carries the id after the scope; Upgrade has none.
+    QDBusMessage deploy(const QString& appId, const QString& name, const QString& source)
     {
-        return m_bus.call(kPwa, QStringLiteral("Install"),
-            { QStringLiteral("https://app.test/"), appId, name, QStringList { QStringLiteral("Internet") },
-                boolString(), boolString(), boolString(), source, m_icons });
-    }
-
-    QDBusMessage upgrade(const QString& name, const QString& source, const QStringList& icons)
-    {
-        return m_bus.call(kPwa, QStringLiteral("Upgrade"),
-            { QStringLiteral("https://up.test/"), name, QStringList(), boolString(), boolString(),
-                boolString(), source, icons });
+        QVariantList args { QStringLiteral("https://app.test/"), name,
+            QStringList { QStringLiteral("Internet") }, boolString(), boolString(), boolString(), source,
+            m_icons };
+        if (!appId.isNull())
+            args.insert(1, appId);
+        return call(kPwa, appId.isNull() ? QStringLiteral("Upgrade") : QStringLiteral("Install"), args);
     }
 
     bool checkInstalled(const QString& appId)
     {
-        const QDBusMessage reply = m_bus.call(kPwa, QStringLiteral("CheckInstalled"), { appId });
-        if (reply.signature() != QLatin1String("(bs)"))
-            return false;
+        const QDBusMessage reply = call(kPwa, QStringLiteral("CheckInstalled"), { appId });
         bool installed = false;
-        const QDBusArgument argument = reply.arguments().value(0).value<QDBusArgument>();
-        argument.beginStructure();
-        argument >> installed;
+        if (reply.signature() == QLatin1String("(bs)")) {
+            const QDBusArgument argument = reply.arguments().value(0).value<QDBusArgument>();
+            argument.beginStructure();
+            argument >> installed;
+        }
         return installed;
     }
 
     bool checkExists(const QString& url)
     {
-        return m_bus.call(kBookmarks, QStringLiteral("CheckExists"), { url }).arguments().value(0).toBool();
+        return call(kBookmarks, QStringLiteral("CheckExists"), { url }).arguments().value(0).toBool();
     }
 
-    QString entryPath(const QString& suffix) const
+    QString entryPath(const QString& id) const
     {
-        return m_root.path() + QStringLiteral("/data/applications/ru.nuvo.webdeck.") + suffix
-            + QStringLiteral(".desktop");
+        return m_root.path() + QStringLiteral("/data/applications/") + id + QStringLiteral(".desktop");
     }
 
     void verifyThemeIcons(const QString& iconName, Qt::GlobalColor color)
@@ -364,8 +319,20 @@ private:
         }
     }
 
+    // Through an introspecting interface, as the browser calls: a service whose
+    // published interfaces do not match fails here too.
+    QDBusMessage call(const QString& interface, const QString& method, const QVariantList& args)
+    {
+        QDBusInterface service(
+            QStringLiteral("ru.nuvo.APM"), QStringLiteral("/ru/nuvo/APM"), interface, m_bus);
+        return service.isValid() ? service.callWithArgumentList(QDBus::Block, method, args)
+                                 : QDBusMessage::createError(service.lastError());
+    }
+
     QTemporaryDir m_root;
-    BridgeBus m_bus;
+    QProcess m_daemon;
+    QProcess m_bridge;
+    QDBusConnection m_bus { QString() };
     QStringList m_icons;
     int m_apps = 0;
 };
