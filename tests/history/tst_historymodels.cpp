@@ -414,6 +414,12 @@ private slots:
     {
         // As the front end does it: types by their QML names, rows through the role names.
         registerQmlTypes();
+        // Start-up has the stored icons loaded before the first page can set one.
+        connect(DBManager::instance(), &DBManager::faviconsAvailable, FaviconsMap::instance(),
+            &FaviconsMap::faviconsAvailable, Qt::UniqueConnection);
+        QSignalSpy loaded(FaviconsMap::instance(), &FaviconsMap::faviconsLoaded);
+        DBManager::instance()->getFavicons();
+        QVERIFY(loaded.wait(5000));
         QQmlEngine engine;
         QQmlComponent component(&engine);
         component.loadUrl(QUrl::fromLocalFile(QFINDTESTDATA("historypage.qml")));
