@@ -1,5 +1,10 @@
 #include "qmltypes.h"
 
+#include "settings/dprmodel.h"
+#include "settings/permission.h"
+#include "settings/permissionsmanager.h"
+#include "settings/permissionsproxymodel.h"
+#include "settings/settingsmanager.h"
 #include "utils/filepathutils.h"
 
 #include <QtQml>
@@ -10,6 +15,11 @@ template <typename T> void singleton(const char* uri, int major, int minor, cons
 {
     qmlRegisterSingletonType<T>(uri, major, minor, name, &T::qmlInstance);
 }
+
+template <typename T> void creatable(const char* uri, int major, int minor, const char* name)
+{
+    qmlRegisterType<T>(uri, major, minor, name);
+}
 } // namespace
 
 const QVector<QmlTypeEntry>& qmlTypeEntries()
@@ -17,6 +27,11 @@ const QVector<QmlTypeEntry>& qmlTypeEntries()
     // The one list of the module's types, in the order the front end expects
     // them to be registered. Types join it as their classes exist.
     static const QVector<QmlTypeEntry> entries = {
+        { "SettingsManager", QmlTypeEntry::Singleton, &singleton<SettingsManager> },
+        { "Permission", QmlTypeEntry::Creatable, &creatable<Permission> },
+        { "PermissionsManager", QmlTypeEntry::Creatable, &creatable<PermissionsManager> },
+        { "PermissionsProxyModel", QmlTypeEntry::Creatable, &creatable<PermissionsProxyModel> },
+        { "DprModel", QmlTypeEntry::Creatable, &creatable<DprModel> },
         { "FilePathUtils", QmlTypeEntry::Singleton, &singleton<FilePathUtils> },
     };
     return entries;
