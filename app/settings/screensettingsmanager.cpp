@@ -56,6 +56,8 @@ void ScreenSettingsManager::updateDpr(const QString& url, bool isIncognito, doub
 
 void ScreenSettingsManager::onSiteDprAdded(const SiteDpr& dpr, bool isPrivate)
 {
+    if (m_removedPending[isPrivate].remove(dpr.site))
+        return;
     SiteDpr row = dpr;
     const auto pending = m_pending[isPrivate].constFind(dpr.site);
     if (pending != m_pending[isPrivate].constEnd()) {
@@ -70,7 +72,8 @@ void ScreenSettingsManager::removeDpr(const QString& url, bool isIncognito)
 {
     const QString site = siteKeyOf(url);
     m_db->removeDpr(site, isIncognito);
-    m_pending[isIncognito].remove(site);
+    if (m_pending[isIncognito].remove(site))
+        m_removedPending[isIncognito].insert(site);
     modelFor(isIncognito)->removeSite(site);
 }
 
@@ -86,6 +89,8 @@ void ScreenSettingsManager::removeSelectedDprs()
 void ScreenSettingsManager::removeAllDprs()
 {
     m_db->removeAllDprs();
+    for (auto it = m_pending[false].cbegin(); it != m_pending[false].cend(); ++it)
+        m_removedPending[false].insert(it.key());
     m_pending[false].clear();
     m_dprModel->onSiteDprsAvailable({});
 }

@@ -50,5 +50,7 @@ private:
     // Zooms asked for but not yet answered by storage, per mode: a second change
     // before the answer must update the coming row, not add another.
     QHash<QString, float> m_pending[2];
+    // Sites removed while their add was still on its way: the add's answer is dropped.
+    QSet<QString> m_removedPending[2];
     QHash<QString, int> m_deviceModes[2];
 };
