@@ -1,6 +1,7 @@
 // Every native type of the module must be usable from QML under its name.
 
 #include "startup/qmltypes.h"
+#include "support/tempprofile.h"
 
 #include <QQmlComponent>
 #include <QQmlEngine>
@@ -14,6 +15,10 @@ private slots:
     void reachableFromQml_data();
     void reachableFromQml();
     void namesAreUnique();
+
+private:
+    // Types that open the database or the settings file do it in here.
+    TempProfile m_profile;
 };
 
 void TestQmlTypes::reachableFromQml_data()
