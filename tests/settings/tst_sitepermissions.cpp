@@ -1,5 +1,6 @@
 // Per-site permission answers: through the models to the database, and from
-// there to the platform permission manager that answers QtWebEngine.
+// there to the platform permission manager that a real QtWebEngine page's
+// requests are answered by.
 
 #include "settings/permissionsmanager.h"
 #include "settings/permissionsproxymodel.h"
@@ -15,7 +16,10 @@
 #include <QQmlContext>
 #include <QQmlEngine>
 #include <QSignalSpy>
+#include <QTcpServer>
+#include <QTcpSocket>
 #include <QtTest>
+#include <QtWebEngine>
 #include <memory>
 
 using Orvane::WebView::PermissionManager;
@@ -75,6 +79,8 @@ private slots:
     void storedAnswersAppliedAfterRestart();
     void webEngineFeatures_data();
     void webEngineFeatures();
+    void pageRequest_data();
+    void pageRequest();
 
 private:
     // The file's rows once every request queued so far has run (the model refills from the same answer).
@@ -263,10 +269,8 @@ void TestSitePermissions::webEngineFeatures_data()
 
     QTest::newRow("camera refused") << "0 1 1 0" << QByteArray("MediaVideoCapture") << 2;
     QTest::newRow("both, one refused") << "0 1 1 0" << QByteArray("MediaAudioVideoCapture") << 2;
-    QTest::newRow("both granted") << "1 1" << QByteArray("MediaAudioVideoCapture") << 0;
     QTest::newRow("both, one unanswered") << "1" << QByteArray("MediaAudioVideoCapture") << 1;
     QTest::newRow("location granted") << "0 1 1 0" << QByteArray("Geolocation") << 0;
-    QTest::newRow("notifications refused") << "0 1 1 0" << QByteArray("Notifications") << 2;
     QTest::newRow("screen sharing always asks") << "1 1 1 1 1" << QByteArray("DesktopVideoCapture") << 1;
 }
 
@@ -292,5 +296,93 @@ void TestSitePermissions::webEngineFeatures()
     QCOMPARE(object->property("decision").toInt(), decision);
 }
 
-QTEST_MAIN(TestSitePermissions)
+void TestSitePermissions::pageRequest_data()
+{
+    QTest::addColumn<QString>("answers"); // for notifications, in order
+    QTest::addColumn<QString>("title");
+    QTest::addColumn<int>("prompts");
+
+    QTest::newRow("denied: refused, no prompt") << "f"
+                                                << "answer:denied" << 0;
+    QTest::newRow("allowed: granted, no prompt") << "t"
+                                                 << "answer:granted" << 0;
+    QTest::newRow("no answer: prompt") << ""
+                                       << "answer:denied" << 1;
+    QTest::newRow("denied then reset: prompt again") << "f -"
+                                                     << "answer:denied" << 1;
+}
+
+void TestSitePermissions::pageRequest()
+{
+    QFETCH(QString, answers);
+    QFETCH(QString, title);
+    QFETCH(int, prompts);
+
+    // One page on 127.0.0.1, on a port of its own so that no earlier origin's answer is reused.
+    QTcpServer server;
+    QVERIFY(server.listen(QHostAddress::LocalHost, 0));
+    connect(&server, &QTcpServer::newConnection, this, [&server] {
+        QTcpSocket* socket = server.nextPendingConnection();
+        connect(socket, &QTcpSocket::readyRead, socket, [socket] {
+            socket->readAll();
+            const QByteArray body = "<html><head><title>asking</title></head><body><script>"
+                                    "Notification.requestPermission().then(function (answer) {"
+                                    " document.title = 'answer:' + answer; });</script></body></html>";
+            socket->write("HTTP/1.1 200 OK\r\nContent-Type: text/html\r\nConnection: close\r\n"
+                          "Content-Length: "
+                + QByteArray::number(body.size()) + "\r\n\r\n" + body);
+            socket->disconnectFromHost();
+        });
+    });
+    const QString origin = QStringLiteral("http://127.0.0.1:%1").arg(server.serverPort());
+    for (const QVariant& answer : values(answers))
+        m_manager->updatePermission(origin, Permission::Notification, answer);
+
+    // What the front end's web view does; a prompt is counted and answered no.
+    QQmlEngine engine;
+    engine.rootContext()->setContextProperty(
+        QStringLiteral("permissionManager"), PermissionManager::GetInstance());
+    QQmlComponent component(&engine);
+    component.setData(R"(
+        import QtQuick 2.15
+        import QtQuick.Window 2.15
+        import QtWebEngine 1.10
+        Window {
+            visible: true
+            property int prompts: 0
+            property alias title: view.title
+            property alias url: view.url
+            WebEngineView {
+                id: view
+                anchors.fill: parent
+                onFeaturePermissionRequested: {
+                    var decision = permissionManager.decisionFor(securityOrigin, feature)
+                    if (decision === 1)
+                        ++prompts
+                    grantFeaturePermission(securityOrigin, feature, decision === 0)
+                }
+            }
+        })",
+        QUrl());
+    std::unique_ptr<QObject> window(component.create());
+    QVERIFY2(window, qPrintable(component.errorString()));
+    window->setProperty("url", QUrl(origin + QStringLiteral("/page.html")));
+    QTRY_VERIFY_WITH_TIMEOUT(
+        window->property("title").toString().startsWith(QLatin1String("answer:")), 30000);
+    QCOMPARE(window->property("title").toString(), title);
+    QCOMPARE(window->property("prompts").toInt(), prompts);
+}
+
+int main(int argc, char** argv)
+{
+    // The engine's sandbox cannot start as root, as CI runs; the page is our own.
+    qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
+    if (qEnvironmentVariableIsEmpty("QT_QUICK_BACKEND"))
+        qputenv("QT_QUICK_BACKEND", "software");
+    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
+    QtWebEngine::initialize();
+    QGuiApplication app(argc, argv);
+    TestSitePermissions test;
+    return QTest::qExec(&test, argc, argv);
+}
 #include "tst_sitepermissions.moc"
