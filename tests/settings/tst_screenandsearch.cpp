@@ -99,85 +99,62 @@ QStringList TestScreenAndSearch::fileZooms()
 
 void TestScreenAndSearch::searchEngineEdits_data()
 {
-    QTest::addColumn<QByteArray>("operation");
-    QTest::addColumn<int>("id"); // -1: the engine added first
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("url");
+    // After the user added "Mine": one call ("mine" is its id, "_" a blank name), its
+    // result, and the user engines afterwards in the model and the file.
+    QTest::addColumn<QString>("call");
     QTest::addColumn<int>("result");
-    QTest::addColumn<QString>("userRow"); // the added engine afterwards, in model and file; "" gone
+    QTest::addColumn<QString>("userRows");
 
-    const QString name = QStringLiteral("Mine");
-    const QString url = QStringLiteral("https://mine.example/?q=%s");
-    const QString row = QStringLiteral("Mine|https://mine.example/?q=%s||true");
-    QTest::newRow("add") << QByteArray("add") << 0 << name << url << int(SearchEnginesManager::Done) << row;
-    QTest::newRow("add without %s") << QByteArray("add") << 0 << name
-                                    << QStringLiteral("https://mine.example/")
-                                    << int(SearchEnginesManager::MissingQueryPlaceholder) << QString();
-    QTest::newRow("add without name") << QByteArray("add") << 0 << QStringLiteral(" ") << url
-                                      << int(SearchEnginesManager::EmptyName) << QString();
-    QTest::newRow("update") << QByteArray("update") << -1 << QStringLiteral("Other")
-                            << QStringLiteral("https://other.example/s=%s") << int(SearchEnginesManager::Done)
-                            << QStringLiteral("Other|https://other.example/s=%s||true");
-    QTest::newRow("update without %s")
-        << QByteArray("update") << -1 << name << QStringLiteral("https://x.example/")
-        << int(SearchEnginesManager::MissingQueryPlaceholder) << row;
-    QTest::newRow("update built-in") << QByteArray("update") << 1 << name << url
-                                     << int(SearchEnginesManager::NotEditable) << row;
-    QTest::newRow("remove") << QByteArray("remove") << -1 << QString() << QString()
-                            << int(SearchEnginesManager::Done) << QString();
-    QTest::newRow("remove built-in") << QByteArray("remove") << 0 << QString() << QString()
-                                     << int(SearchEnginesManager::NotEditable) << row;
-    QTest::newRow("remove unknown") << QByteArray("remove") << 99 << QString() << QString()
-                                    << int(SearchEnginesManager::UnknownEngine) << row;
+    const QString mine = QStringLiteral("Mine|https://mine.example/?q=%s||true");
+    QTest::newRow("added") << "" << 0 << mine;
+    QTest::newRow("add without %s") << "add Other https://x.example/" << 2 << mine;
+    QTest::newRow("add without name") << "add _ https://x.example/?q=%s" << 1 << mine;
+    QTest::newRow("update") << "update mine Other https://o.example/s=%s" << 0
+                            << "Other|https://o.example/s=%s||true";
+    QTest::newRow("update without %s") << "update mine Mine https://x.example/" << 2 << mine;
+    QTest::newRow("update built-in") << "update 1 Mine https://x.example/?q=%s" << 3 << mine;
+    QTest::newRow("remove") << "remove mine" << 0 << "";
+    QTest::newRow("remove built-in") << "remove 0" << 3 << mine;
+    QTest::newRow("remove unknown") << "remove 99" << 4 << mine;
 }
 
 void TestScreenAndSearch::searchEngineEdits()
 {
-    QFETCH(QByteArray, operation);
-    QFETCH(int, id);
-    QFETCH(QString, name);
-    QFETCH(QString, url);
+    QFETCH(QString, call);
     QFETCH(int, result);
-    QFETCH(QString, userRow);
+    QFETCH(QString, userRows);
 
     SearchEnginesManager* engines = m_settings->searchEngines();
-    Tester tester(engines->sourceModel(), Tester::FailureReportingMode::QtTest);
-    Tester proxyTester(engines->searchEnginesModel(), Tester::FailureReportingMode::QtTest);
+    Tester tester(engines->searchEnginesModel(), Tester::FailureReportingMode::QtTest);
     const QList<int> roles { SearchEnginesModel::NameRole, SearchEnginesModel::UrlRole,
         SearchEnginesModel::SuggestionsUrlRole, SearchEnginesModel::EditableRole };
     const QStringList builtIn = rows(engines->searchEnginesModel(), roles);
     QCOMPARE(builtIn.size(), 3);
-    QVERIFY(builtIn.at(1).startsWith(QLatin1String("Google|https://www.google.com/search?q=%s|https://")));
-    QVERIFY(builtIn.at(2).contains(QLatin1String("/suggest-ff.cgi?part=|false")));
+    QVERIFY(builtIn.at(2).endsWith(QLatin1String("/suggest-ff.cgi?part=|false")));
 
-    if (operation != "add") {
-        QSignalSpy added(DBManager::instance(), &DBManager::searchEngineAdded);
-        QCOMPARE(
-            engines->addSearchEngine(QStringLiteral("Mine"), QStringLiteral("https://mine.example/?q=%s")),
-            SearchEnginesManager::Done);
-        QVERIFY(added.wait(5000));
-        if (id == -1)
-            id = added.first().first().value<SearchEngine>().id;
-    }
     QSignalSpy added(DBManager::instance(), &DBManager::searchEngineAdded);
-    int actual = -1;
-    if (operation == "add")
-        actual = engines->addSearchEngine(name, url);
-    else if (operation == "update")
-        actual = engines->updateSearchEngine(id, name, url);
-    else
-        actual = engines->removeSearchEngine(id);
+    QCOMPARE(
+        engines->addSearchEngine(QStringLiteral("Mine"), QStringLiteral("https://mine.example/?q=%s")), 0);
+    QVERIFY(added.wait(5000));
+    const QString mineId = QString::number(added.first().first().value<SearchEngine>().id);
+    QStringList words = call.replace(QLatin1String("mine"), mineId).split(QLatin1Char(' '));
+    words.replaceInStrings(QStringLiteral("_"), QStringLiteral(" "));
+    int actual = 0;
+    if (words.first() == QLatin1String("add"))
+        actual = engines->addSearchEngine(words.at(1), words.at(2));
+    else if (words.first() == QLatin1String("update"))
+        actual = engines->updateSearchEngine(words.at(1).toInt(), words.at(2), words.at(3));
+    else if (words.first() == QLatin1String("remove"))
+        actual = engines->removeSearchEngine(words.at(1).toInt());
     QCOMPARE(actual, result);
-    QCOMPARE(added.wait(operation == "add" && result == SearchEnginesManager::Done ? 5000 : 100),
-        operation == "add" && result == SearchEnginesManager::Done);
     QVERIFY(settle());
 
-    const QStringList expected = userRow.isEmpty() ? builtIn : builtIn + QStringList { userRow };
-    QCOMPARE(rows(engines->searchEnginesModel(), roles), expected);
+    const QStringList user = userRows.split(QLatin1Char(';'), Qt::SkipEmptyParts);
+    QCOMPARE(rows(engines->searchEnginesModel(), roles), builtIn + user);
     DbFileProbe probe(m_profile->databasePath());
     QCOMPARE(sqlRows(probe.database(),
                  QStringLiteral("SELECT name, url, '', 'true' FROM search_engines WHERE editable;")),
-        userRow.isEmpty() ? QStringList() : QStringList { userRow });
+        user);
 }
 
 void TestScreenAndSearch::removingEngineInUseFallsBack()
@@ -211,31 +188,33 @@ void TestScreenAndSearch::removingEngineInUseFallsBack()
 
 void TestScreenAndSearch::siteZoom_data()
 {
-    // Steps: "n" normal / "i" incognito, the url and the zoom; zoom 0 removes.
-    // Expected rows are "site|dpr", lists separated by ";".
+    // Steps: "n" normal / "i" incognito, a url of the site and the zoom; zoom 0 removes.
+    // Expected rows: "site|dpr" without "https://", joined by ";".
     QTest::addColumn<QString>("steps");
     QTest::addColumn<QString>("normal");
     QTest::addColumn<QString>("incognito");
     QTest::addColumn<QString>("file");
 
-    QTest::newRow("set once") << QStringLiteral("n https://a.example/page 1.5")
-                              << QStringLiteral("https://a.example|1.5") << QString()
-                              << QStringLiteral("https://a.example|1.5");
-    QTest::newRow("set twice before storage answers, one row")
-        << QStringLiteral("n https://a.example/x 1.5;n https://a.example/y 2")
-        << QStringLiteral("https://a.example|2") << QString() << QStringLiteral("https://a.example|2");
-    QTest::newRow("incognito stays in memory")
-        << QStringLiteral("i https://a.example 3;n https://b.example 1.25")
-        << QStringLiteral("https://b.example|1.25") << QStringLiteral("https://a.example|3")
-        << QStringLiteral("https://b.example|1.25");
-    QTest::newRow("same site in both")
-        << QStringLiteral("n https://a.example 2;i https://a.example 0.5")
-        << QStringLiteral("https://a.example|2") << QStringLiteral("https://a.example|0.5")
-        << QStringLiteral("https://a.example|2");
-    QTest::newRow("removed") << QStringLiteral(
-        "n https://a.example 2;n https://b.example 3;n https://a.example 0")
-                             << QStringLiteral("https://b.example|3") << QString()
-                             << QStringLiteral("https://b.example|3");
+    QTest::newRow("set once") << "n a.example/page 1.5"
+                              << "a.example|1.5"
+                              << ""
+                              << "a.example|1.5";
+    QTest::newRow("twice before storage answers: one row") << "n a.example/x 1.5;n a.example/y 2"
+                                                           << "a.example|2"
+                                                           << ""
+                                                           << "a.example|2";
+    QTest::newRow("incognito stays in memory") << "i a.example 3;n b.example 1.25"
+                                               << "b.example|1.25"
+                                               << "a.example|3"
+                                               << "b.example|1.25";
+    QTest::newRow("same site in both") << "n a.example 2;i a.example 0.5"
+                                       << "a.example|2"
+                                       << "a.example|0.5"
+                                       << "a.example|2";
+    QTest::newRow("removed before storage answered") << "n a.example 2;n b.example 3;n a.example 0"
+                                                     << "b.example|3"
+                                                     << ""
+                                                     << "b.example|3";
 }
 
 void TestScreenAndSearch::siteZoom()
@@ -250,7 +229,8 @@ void TestScreenAndSearch::siteZoom()
     Tester incognitoTester(screen->incognitoDprModel(), Tester::FailureReportingMode::QtTest);
     QHash<QString, double> expected[2];
     for (const QString& step : steps.split(QLatin1Char(';'))) {
-        const QStringList parts = step.split(QLatin1Char(' '));
+        QStringList parts = step.split(QLatin1Char(' '));
+        parts[1].prepend(QStringLiteral("https://"));
         const bool isIncognito = parts.at(0) == QLatin1String("i");
         const double dpr = parts.at(2).toDouble();
         const QString site = siteKeyOf(parts.at(1));
@@ -268,9 +248,12 @@ void TestScreenAndSearch::siteZoom()
     QVERIFY(settle());
 
     const QList<int> roles { BaseDprModel::SiteRole, BaseDprModel::DprRole };
-    QCOMPARE(rows(screen->dprModel(), roles).join(QLatin1Char(';')), normal);
-    QCOMPARE(rows(screen->incognitoDprModel(), roles).join(QLatin1Char(';')), incognito);
-    QCOMPARE(fileZooms().join(QLatin1Char(';')), file);
+    const auto text = [](const QStringList& rows) {
+        return rows.join(QLatin1Char(';')).remove(QStringLiteral("https://"));
+    };
+    QCOMPARE(text(rows(screen->dprModel(), roles)), normal);
+    QCOMPARE(text(rows(screen->incognitoDprModel(), roles)), incognito);
+    QCOMPARE(text(fileZooms()), file);
     QCOMPARE(screen->getDpr(QStringLiteral("https://never.example/"), false), -1.0);
     QCOMPARE(screen->getDpr(QStringLiteral("https://never.example/"), true), -1.0);
 }
@@ -306,8 +289,8 @@ void TestScreenAndSearch::removeSelectedZooms()
 
 void TestScreenAndSearch::typesFromQml()
 {
-    m_settings->permissions()->addPermissions(QStringLiteral("https://a.example"),
-        { 0, QVariant(), QVariant(), QVariant(), QVariant(), QVariant(), 1 });
+    const QVariant none;
+    m_settings->permissions()->addPermissions(QStringLiteral("https://a.example"), { 0, none, none, none });
     SettingsManager::instance()->setMostVisitedCount(7);
     QQmlEngine engine;
     QQmlComponent component(&engine);
@@ -317,39 +300,28 @@ void TestScreenAndSearch::typesFromQml()
         Item {
             property int tiles: SettingsManager.mostVisitedCount
             property PermissionsProxyModel denied: PermissionsProxyModel {
+                sourceModel: SettingsManager.permissions.permissionsModel
                 permissionType: Permission.Camera
                 responseType: Permission.Deny
             }
             property PermissionsManager sitePermissions: PermissionsManager {}
             property DprModel zooms: DprModel {}
-            property var names: {
-                var labels = []
-                for (var i = 0; i < engines.count; ++i)
-                    labels.push(engines.itemAt(i).label)
-                return labels
-            }
+            property string second: engines.count > 1 ? engines.itemAt(1).label : ""
             Repeater {
                 id: engines
                 model: SettingsManager.searchEngines.searchEnginesModel
                 delegate: Item { property string label: model.name + " " + model.id }
-            }
-            function deniedSites() {
-                denied.sourceModel = SettingsManager.permissions.permissionsModel
-                return denied.count
             }
         })",
         QUrl());
     std::unique_ptr<QObject> object(component.create());
     QVERIFY2(object, qPrintable(component.errorString()));
     QCOMPARE(object->property("tiles").toInt(), 7);
-    QTRY_COMPARE(object->property("names").toStringList().size(), 3);
-    QVERIFY(object->property("names").toStringList().contains(QStringLiteral("Google 1")));
-    QVariant count;
-    QMetaObject::invokeMethod(object.get(), "deniedSites", Q_RETURN_ARG(QVariant, count));
-    QCOMPARE(count.toInt(), 1);
-    SettingsManager::instance()->permissions()->addPermissions(
-        QStringLiteral("https://b.example"), { 0, 1, 1, 1, 1, 1, 1 });
-    QTRY_COMPARE(object->property("denied").value<QObject*>()->property("count").toInt(), 2);
+    QTRY_COMPARE(object->property("second").toString(), QStringLiteral("Google 1"));
+    QObject* denied = object->property("denied").value<QObject*>();
+    QTRY_COMPARE(denied->property("count").toInt(), 1);
+    SettingsManager::instance()->permissions()->addPermissions(QStringLiteral("https://b.example"), { 0 });
+    QCOMPARE(denied->property("count").toInt(), 2);
 }
 
 QTEST_MAIN(TestScreenAndSearch)
