@@ -263,37 +263,42 @@ void TestSitePermissions::storedAnswersAppliedAfterRestart()
 
 void TestSitePermissions::webEngineFeatures_data()
 {
+    // Decisions (0 grant, 1 ask, 2 refuse) for QtWebEngine's features in the order
+    // audio, video, audio+video, location, screen, screen+audio, notifications.
     QTest::addColumn<QString>("answers");
-    QTest::addColumn<QByteArray>("feature"); // a WebEngineView.Feature name
-    QTest::addColumn<int>("decision"); // 0 grant, 1 ask, 2 refuse
-
-    QTest::newRow("camera refused") << "0 1 1 0" << QByteArray("MediaVideoCapture") << 2;
-    QTest::newRow("both, one refused") << "0 1 1 0" << QByteArray("MediaAudioVideoCapture") << 2;
-    QTest::newRow("both, one unanswered") << "1" << QByteArray("MediaAudioVideoCapture") << 1;
-    QTest::newRow("location granted") << "0 1 1 0" << QByteArray("Geolocation") << 0;
-    QTest::newRow("screen sharing always asks") << "1 1 1 1 1" << QByteArray("DesktopVideoCapture") << 1;
+    QTest::addColumn<QString>("decisions");
+    QTest::newRow("camera refused, rest allowed") << "0 1 1 1 1"
+                                                  << "0 2 2 0 1 1 0";
+    QTest::newRow("camera and microphone allowed") << "1 1 0 2"
+                                                   << "0 0 0 2 1 1 1";
+    QTest::newRow("only the camera answered") << "1"
+                                              << "1 0 1 1 1 1 1";
 }
 
 void TestSitePermissions::webEngineFeatures()
 {
     QFETCH(QString, answers);
-    QFETCH(QByteArray, feature);
-    QFETCH(int, decision);
+    QFETCH(QString, decisions);
 
     m_manager->addPermissions(a, values(answers));
-    // The feature number comes from QtWebEngine's own QML type, and the origin
-    // in the form QtWebEngine reports it.
+    // Feature numbers from QtWebEngine's own QML type, the origin as QtWebEngine reports it.
     QQmlEngine engine;
     engine.rootContext()->setContextProperty(
         QStringLiteral("permissionManager"), PermissionManager::GetInstance());
     QQmlComponent component(&engine);
-    component.setData("import QtQml 2.15\nimport QtWebEngine 1.10\nQtObject { property int decision: "
-                      "permissionManager.decisionFor(\"https://a.example/\", WebEngineView."
-            + feature + ") }",
+    component.setData(R"(
+        import QtQml 2.15
+        import QtWebEngine 1.10
+        QtObject {
+            property string decisions: [WebEngineView.MediaAudioCapture, WebEngineView.MediaVideoCapture,
+                WebEngineView.MediaAudioVideoCapture, WebEngineView.Geolocation, WebEngineView.DesktopVideoCapture,
+                WebEngineView.DesktopAudioVideoCapture, WebEngineView.Notifications].map(function (feature) {
+                    return permissionManager.decisionFor("https://a.example/", feature) }).join(" ")
+        })",
         QUrl());
     std::unique_ptr<QObject> object(component.create());
     QVERIFY2(object, qPrintable(component.errorString()));
-    QCOMPARE(object->property("decision").toInt(), decision);
+    QCOMPARE(object->property("decisions").toString(), decisions);
 }
 
 void TestSitePermissions::pageRequest_data()
