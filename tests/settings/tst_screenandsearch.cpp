@@ -44,6 +44,7 @@ class TestScreenAndSearch : public QObject
     Q_OBJECT
 private slots:
     void initTestCase();
+    void cleanupTestCase() { DBManager::instance()->shutdown(); }
     void init();
     void cleanup();
     void searchEngineEdits_data();

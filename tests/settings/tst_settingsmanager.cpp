@@ -64,12 +64,15 @@ int runWriter(int argc, char** argv)
     SettingsManager settings(QString::fromLocal8Bit(argv[2]), DBManager::instance());
     const QString blob(blobSize, QLatin1Char('x'));
     int round = 0;
+    bool announced = false;
     QTimer timer;
     QObject::connect(&timer, &QTimer::timeout, [&] {
         ++round;
         settings.setHomePageUrl(QStringLiteral("https://example.com/%1#%2").arg(blob).arg(round));
         settings.setMostVisitedCount(round);
-        if (round == 2) {
+        // Killable once a whole file is on disk.
+        if (!announced && QFileInfo(settings.fileName()).size() > blobSize) {
+            announced = true;
             printf("writing\n");
             fflush(stdout);
         }
@@ -84,6 +87,7 @@ class TestSettingsManager : public QObject
     Q_OBJECT
 private slots:
     void initTestCase();
+    void cleanupTestCase() { DBManager::instance()->shutdown(); }
     void init();
     void defaultsAndSetters_data();
     void defaultsAndSetters();

@@ -71,6 +71,7 @@ class TestSitePermissions : public QObject
     Q_OBJECT
 private slots:
     void initTestCase();
+    void cleanupTestCase() { DBManager::instance()->shutdown(); }
     void init();
     void calls_data();
     void calls();
