@@ -7,6 +7,11 @@
 #include "history/searchmodel.h"
 #include "history/tabhistorymodel.h"
 #include "pwa/pwamanager.h"
+#include "settings/dprmodel.h"
+#include "settings/permission.h"
+#include "settings/permissionsmanager.h"
+#include "settings/permissionsproxymodel.h"
+#include "settings/settingsmanager.h"
 #include "utils/filepathutils.h"
 #include "utils/managedconfigurationutils.h"
 #include "utils/screenshotutils.h"
@@ -37,6 +42,11 @@ const QVector<QmlTypeEntry>& qmlTypeEntries()
         { "TabHistoryModel", QmlTypeEntry::Creatable, &creatable<TabHistoryModel> },
         { "PopupHistoryModel", QmlTypeEntry::Creatable, &creatable<PopupHistoryModel> },
         { "MostVisitedModel", QmlTypeEntry::Creatable, &creatable<MostVisitedModel> },
+        { "SettingsManager", QmlTypeEntry::Singleton, &singleton<SettingsManager> },
+        { "Permission", QmlTypeEntry::Creatable, &creatable<Permission> },
+        { "PermissionsManager", QmlTypeEntry::Creatable, &creatable<PermissionsManager> },
+        { "PermissionsProxyModel", QmlTypeEntry::Creatable, &creatable<PermissionsProxyModel> },
+        { "DprModel", QmlTypeEntry::Creatable, &creatable<DprModel> },
         { "FilePathUtils", QmlTypeEntry::Singleton, &singleton<FilePathUtils> },
         { "ManagedConfigurationUtils", QmlTypeEntry::Singleton, &singleton<ManagedConfigurationUtils> },
         { "ScreenshotUtils", QmlTypeEntry::Singleton, &singleton<ScreenshotUtils> },

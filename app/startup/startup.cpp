@@ -3,6 +3,7 @@
 #include "libchecksum.h"
 #include "pwa/pwamanager.h"
 #include "qmltypes.h"
+#include "settings/settingsmanager.h"
 #include "startoptions.h"
 #include "utils/logcategories.h"
 
@@ -103,6 +104,9 @@ int runWebdeck(int& argc, char** argv, const StartupConfig& config)
     webviewTranslator->load(
         locale, QStringLiteral("ru.orvaneos.webview"), QStringLiteral("-"), translationsDir);
     app->installTranslator(webviewTranslator.get());
+
+    // Settings are loaded before any UI exists.
+    SettingsManager::instance();
 
     std::unique_ptr<QQuickView> view(Orvane::Application::createView());
     qCDebug(lcApp) << "customQmlImportPath:" << customQmlImportPath;

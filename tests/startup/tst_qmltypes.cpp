@@ -1,6 +1,7 @@
 // Every native type of the module must be usable from QML under its name.
 
 #include "startup/qmltypes.h"
+#include "storage/dbmanager.h"
 #include "support/tempprofile.h"
 
 #include <QQmlComponent>
@@ -15,9 +16,12 @@ private slots:
     void reachableFromQml_data();
     void reachableFromQml();
     void namesAreUnique();
+    // The storage thread finishes before the profile it writes into goes away.
+    void cleanupTestCase() { DBManager::instance()->shutdown(); }
 
 private:
-    TempProfile m_profile; // models and caches open storage as they are made
+    // Types that open the database or the settings file do it in here.
+    TempProfile m_profile;
 };
 
 void TestQmlTypes::reachableFromQml_data()
