@@ -1,6 +1,5 @@
 #include "passwordcsv.h"
 
-#include <QCoreApplication>
 #include <QHash>
 #include <QStringList>
 #include <QTextCodec>
@@ -29,11 +28,6 @@ const QHash<QString, Column>& columnAliases()
         { QStringLiteral("extra"), NoteColumn },
     };
     return aliases;
-}
-
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("PasswordCsv", text);
 }
 
 struct Record {
@@ -131,14 +125,14 @@ CsvReadResult PasswordCsv::read(const QByteArray& data)
 {
     CsvReadResult result;
     if (data.size() > maxFileSize) {
-        result.error = tr("The file is larger than 8 MiB and is not a password export.");
+        result.error = qtTrId("browser-la-passwords-csv-too-large");
         return result;
     }
     QTextCodec::ConverterState state;
     QTextCodec* codec = QTextCodec::codecForName("UTF-8");
     QString text = codec->toUnicode(data.constData(), data.size(), &state);
     if (state.invalidChars > 0 || state.remainingChars > 0) {
-        result.error = tr("The file is not UTF-8 text.");
+        result.error = qtTrId("browser-la-passwords-csv-not-utf8");
         return result;
     }
     if (text.startsWith(QChar(0xFEFF)))
@@ -147,11 +141,11 @@ CsvReadResult PasswordCsv::read(const QByteArray& data)
     QVector<Record> records;
     int openLine = 0;
     if (!splitRecords(text, &records, &openLine)) {
-        result.error = tr("A quoted field opened on line %1 is never closed.").arg(openLine);
+        result.error = qtTrId("browser-la-passwords-csv-open-quote").arg(openLine);
         return result;
     }
     if (records.isEmpty() || isBlank(records.first())) {
-        result.error = tr("The file has no header line.");
+        result.error = qtTrId("browser-la-passwords-csv-no-header");
         return result;
     }
 
@@ -163,7 +157,7 @@ CsvReadResult PasswordCsv::read(const QByteArray& data)
             index[*alias] = i;
     }
     if (index[UrlColumn] < 0 || index[PasswordColumn] < 0) {
-        result.error = tr("The header names no url or no password column.");
+        result.error = qtTrId("browser-la-passwords-csv-no-columns");
         return result;
     }
 
@@ -182,12 +176,14 @@ CsvReadResult PasswordCsv::read(const QByteArray& data)
         login.password = column(PasswordColumn);
         login.note = column(NoteColumn);
         if (login.url.isEmpty()) {
-            result.rejected.append({ record.line, tr("Line %1 has no url.").arg(record.line) });
+            result.rejected.append(
+                { record.line, qtTrId("browser-la-passwords-csv-row-no-url").arg(record.line) });
         } else if (login.password.isEmpty()) {
-            result.rejected.append({ record.line, tr("Line %1 has no password.").arg(record.line) });
+            result.rejected.append(
+                { record.line, qtTrId("browser-la-passwords-csv-row-no-password").arg(record.line) });
         } else if (QUrl(login.url, QUrl::StrictMode).host().isEmpty()) {
             result.rejected.append(
-                { record.line, tr("Line %1: the url is not a web address.").arg(record.line) });
+                { record.line, qtTrId("browser-la-passwords-csv-row-bad-url").arg(record.line) });
         } else {
             result.logins.append(login);
         }

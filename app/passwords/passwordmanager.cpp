@@ -48,6 +48,8 @@ PasswordManager::PasswordManager(const QString& directory, QObject* parent)
 
     DBManager* db = DBManager::instance();
     connect(db, &DBManager::passwordExceptionsAvailable, this, [this](const QHash<QString, int>& exceptions) {
+        if (exceptions == m_exceptions)
+            return;
         m_exceptions = exceptions;
         emit exceptionsChanged();
     });
@@ -319,6 +321,9 @@ void PasswordManager::addException(const QString& url)
         return;
     m_exceptions.insert(site, -1);
     DBManager::instance()->addException(site);
+    // An answer to an earlier read may still be on its way and would drop this
+    // site again; the answer to this read comes after it.
+    DBManager::instance()->getPasswordExceptions();
     emit exceptionsChanged();
 }
 
@@ -328,6 +333,7 @@ void PasswordManager::removeException(const QString& url)
     if (!m_exceptions.remove(site))
         return;
     DBManager::instance()->removeException(site);
+    DBManager::instance()->getPasswordExceptions();
     emit exceptionsChanged();
 }
 

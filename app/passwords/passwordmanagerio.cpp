@@ -77,7 +77,7 @@ void PasswordManager::flushSave()
             }
             if (!result.first) {
                 qCWarning(lcPasswords) << "cannot write credential store" << storePath();
-                emit storeError(tr("The saved passwords could not be written to %1.").arg(storePath()));
+                emit storeError(qtTrId("browser-la-passwords-store-write-failed").arg(storePath()));
             }
         });
 }
@@ -119,12 +119,12 @@ ImportResult importFile(const QString& path, const QVector<Credential>& existing
     };
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
-        fail(PasswordManager::tr("The file %1 cannot be read.").arg(path));
+        fail(qtTrId("browser-la-passwords-import-unreadable").arg(path));
         return result;
     }
     // Refused before reading, so that a huge file never fills memory.
     if (file.size() > PasswordCsv::maxFileSize) {
-        fail(PasswordManager::tr("The file is larger than 8 MiB and is not a password export."));
+        fail(qtTrId("browser-la-passwords-csv-too-large"));
         return result;
     }
     const CsvReadResult csv = PasswordCsv::read(file.readAll());
@@ -148,13 +148,9 @@ ImportResult importFile(const QString& path, const QVector<Credential>& existing
         if (known != passwords.constEnd()) {
             const bool same = *known == login.password;
             ++counts[same ? 1 : 2];
-            rows.append(same
-                    ? rowReport(login.line, "identical", QString())
-                    : rowReport(login.line, "conflicting",
-                        PasswordManager::tr("Line %1: a different password is already saved for this "
-                                            "user name on %2; the saved one is kept.")
-                            .arg(login.line)
-                            .arg(site)));
+            rows.append(same ? rowReport(login.line, "identical", QString())
+                             : rowReport(login.line, "conflicting",
+                                 qtTrId("browser-la-passwords-import-conflict").arg(login.line).arg(site)));
             continue;
         }
         Credential c;
@@ -253,7 +249,7 @@ bool PasswordManager::exportCsv(const QString& file)
             setBusy(false);
             if (!ok)
                 qCWarning(lcPasswords) << "cannot write export" << path;
-            emit exportFinished(ok, ok ? QString() : tr("The file %1 cannot be written.").arg(path));
+            emit exportFinished(ok, ok ? QString() : qtTrId("browser-la-passwords-export-failed").arg(path));
         });
     return true;
 }

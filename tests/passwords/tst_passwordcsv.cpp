@@ -7,6 +7,7 @@
 
 #include <QSignalSpy>
 #include <QTemporaryDir>
+#include <QTranslator>
 #include <QtTest>
 
 #include <sys/stat.h>
@@ -18,13 +19,13 @@ private slots:
     void initTestCase();
     void read_data();
     void read();
-    void roundTrip();
     void import_data();
     void import();
     void exportIsPrivateAndReadable();
 
 private:
     TempProfile m_profile;
+    QTranslator m_texts;
 };
 
 namespace
@@ -50,6 +51,9 @@ void TestPasswordCsv::initTestCase()
 {
     // Never the real keyring of whoever runs the tests.
     qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");
+    // The messages are read in the engineering-English texts of their ids.
+    QVERIFY(m_texts.load(QStringLiteral(WEBDECK_QM_DIR "/ru.nuvo.webdeck_eng_en.qm")));
+    QCoreApplication::installTranslator(&m_texts);
 }
 
 void TestPasswordCsv::read_data()
@@ -72,18 +76,13 @@ void TestPasswordCsv::read_data()
                                                         << QStringList { QString::fromUtf8(
                                                                "|https://ex.com|jürgen|па|x") }
                                                         << QList<int>() << QString();
-    QTest::newRow("column order of a browser with origin") << QByteArray(
-        "url,username,password,httpRealm,formActionOrigin,guid\nhttps://a.org,u,p,,https://a.org,{1}\n")
-                                                           << QStringList { QStringLiteral(
-                                                                  "|https://a.org|u|p|") }
-                                                           << QList<int>() << QString();
+    QTest::newRow("origin, extra and unknown columns")
+        << QByteArray("origin,username,password,httpRealm,extra\nhttps://a.org,u,p,,z\n")
+        << QStringList { QStringLiteral("|https://a.org|u|p|z") } << QList<int>() << QString();
     QTest::newRow("login_ aliases, Title and Notes case")
         << QByteArray("folder,favorite,type,Title,Notes,login_uri,login_username,login_password\n"
                       ",,login,Mail,n,https://m.org,me,secret\n")
         << QStringList { QStringLiteral("Mail|https://m.org|me|secret|n") } << QList<int>() << QString();
-    QTest::newRow("origin and extra")
-        << QByteArray("origin,username,password,extra\nhttps://o.org,x,y,z\n")
-        << QStringList { QStringLiteral("|https://o.org|x|y|z") } << QList<int>() << QString();
     QTest::newRow("rows without url, password or host are refused, the others kept")
         << header
             + ",,u,p,\nA,https://a.org,u,,\nB,https://b.org,u,p,\nC,not a url,u,p,\n\nD,https://d.org,u,p\n"
@@ -123,26 +122,10 @@ void TestPasswordCsv::read()
     QCOMPARE(rejected, rejectedLines);
 }
 
-void TestPasswordCsv::roundTrip()
-{
-    const QVector<CsvLogin> logins = {
-        { 0, QStringLiteral(" lead"), QStringLiteral("https://a.org/x?y=1,2"), QStringLiteral("a\"b"),
-            QStringLiteral("p,\"w\r\n"), QStringLiteral("multi\nline") },
-        { 0, QString(), QStringLiteral("https://b.org"), QString(), QString::fromUtf8("ключ ✓"), QString() },
-    };
-    const QByteArray bytes = PasswordCsv::write(logins);
-    QVERIFY(bytes.startsWith("name,url,username,password,note\r\n"));
-    const CsvReadResult back = PasswordCsv::read(bytes);
-    QVERIFY(back.ok);
-    QCOMPARE(lines(back.logins), lines(logins));
-}
-
 void TestPasswordCsv::import_data()
 {
     QTest::addColumn<QByteArray>("csv");
-    // added, identical, conflicting, rejected; -1 added: the file is refused
-    QTest::addColumn<QList<int>>("counts");
-    QTest::addColumn<QStringList>("rowResults");
+    QTest::addColumn<QStringList>("rowResults"); // empty: the file is refused
     QTest::addColumn<int>("countAfter");
 
     // The store already holds ann/old on https://a.org.
@@ -151,63 +134,46 @@ void TestPasswordCsv::import_data()
         << header
             + ",https://b.org/login,bob,pw,\n,https://a.org/other,ann,old,\n,https://a.org,ann,new,\n,https:/"
               "/c.org,c,,\n"
-        << QList<int> { 1, 1, 1, 1 }
         << QStringList { QStringLiteral("added"), QStringLiteral("identical"), QStringLiteral("conflicting"),
                QStringLiteral("rejected") }
         << 2;
     QTest::newRow("the same login twice in the file")
         << header + ",https://d.org,d,1,\n,https://d.org,d,1,\n,https://d.org,d,2,\n"
-        << QList<int> { 1, 1, 1, 0 }
         << QStringList { QStringLiteral("added"), QStringLiteral("identical"), QStringLiteral("conflicting") }
         << 2;
-    QTest::newRow("file over 10 MB refused")
-        << QByteArray(10 * 1000 * 1000 + 1, '\n') << QList<int> { -1 } << QStringList() << 1;
+    QTest::newRow("file over 10 MB refused") << QByteArray(10 * 1000 * 1000 + 1, '\n') << QStringList() << 1;
 }
 
 void TestPasswordCsv::import()
 {
     QFETCH(QByteArray, csv);
-    QFETCH(QList<int>, counts);
     QFETCH(QStringList, rowResults);
     QFETCH(int, countAfter);
 
     QTemporaryDir dir;
     PasswordManager manager(dir.path());
     QTRY_COMPARE(manager.status(), PasswordManager::Ready);
-    QVERIFY(!manager.save(QStringLiteral("https://a.org/login"), QStringLiteral("ann"), QStringLiteral("old"))
-                 .isEmpty());
-
-    const QString file = dir.filePath(QStringLiteral("in.csv"));
-    QFile out(file);
+    manager.save(QStringLiteral("https://a.org/login"), QStringLiteral("ann"), QStringLiteral("old"));
+    QFile out(dir.filePath(QStringLiteral("in.csv")));
     QVERIFY(out.open(QIODevice::WriteOnly));
     out.write(csv);
     out.close();
 
     QSignalSpy finished(&manager, &PasswordManager::importFinished);
-    QVERIFY(manager.importCsv(QUrl::fromLocalFile(file).toString()));
+    QVERIFY(manager.importCsv(QUrl::fromLocalFile(out.fileName()).toString()));
     QVERIFY(finished.wait());
     const QVariantMap report = finished.first().first().toMap();
-    if (counts.first() < 0) {
-        QVERIFY(!report.value(QStringLiteral("ok")).toBool());
-        QVERIFY(!report.value(QStringLiteral("error")).toString().isEmpty());
-    } else {
-        QCOMPARE((QList<int> { report.value(QStringLiteral("added")).toInt(),
-                     report.value(QStringLiteral("identical")).toInt(),
-                     report.value(QStringLiteral("conflicting")).toInt(),
-                     report.value(QStringLiteral("rejected")).toInt() }),
-            counts);
-        QStringList results;
-        for (const QVariant& row : report.value(QStringLiteral("rows")).toList())
-            results.append(row.toMap().value(QStringLiteral("result")).toString());
-        QCOMPARE(results, rowResults);
-    }
+    QCOMPARE(report.value(QStringLiteral("ok")).toBool(), !rowResults.isEmpty());
+    QCOMPARE(report.value(QStringLiteral("error")).toString().isEmpty(), !rowResults.isEmpty());
+    QStringList results;
+    for (const QVariant& row : report.value(QStringLiteral("rows")).toList())
+        results.append(row.toMap().value(QStringLiteral("result")).toString());
+    QCOMPARE(results, rowResults);
+    for (const char* kind : { "added", "identical", "conflicting", "rejected" })
+        QCOMPARE(report.value(QLatin1String(kind)).toInt(), int(rowResults.count(QLatin1String(kind))));
     QCOMPARE(manager.count(), countAfter);
     // A conflict keeps what the user had.
-    QCOMPARE(manager.credentialsForUrl(QStringLiteral("https://a.org"))
-                 .first()
-                 .toMap()
-                 .value(QStringLiteral("password")),
-        QVariant(QStringLiteral("old")));
+    QCOMPARE(manager.password(manager.credentials().first().id), QStringLiteral("old"));
 }
 
 void TestPasswordCsv::exportIsPrivateAndReadable()
@@ -215,10 +181,10 @@ void TestPasswordCsv::exportIsPrivateAndReadable()
     QTemporaryDir dir;
     PasswordManager manager(dir.path());
     QTRY_COMPARE(manager.status(), PasswordManager::Ready);
-    manager.save(
-        QStringLiteral("https://z.org"), QStringLiteral("zed"), QStringLiteral("p,\"1"), QStringLiteral("n"));
-    manager.save(QStringLiteral("https://a.org"), QStringLiteral("ann"), QStringLiteral("p2"));
-
+    // Every character the writer has to quote, and text beyond ASCII.
+    manager.save(QStringLiteral("https://z.org"), QStringLiteral(" a\"b"), QStringLiteral("p,\"w\r\n"),
+        QStringLiteral("multi\nline"));
+    manager.save(QStringLiteral("https://a.org"), QStringLiteral("ann"), QString::fromUtf8("ключ ✓"));
     const QString file = dir.filePath(QStringLiteral("out.csv"));
     QSignalSpy finished(&manager, &PasswordManager::exportFinished);
     QVERIFY(manager.exportCsv(file));
@@ -230,8 +196,8 @@ void TestPasswordCsv::exportIsPrivateAndReadable()
     QFile in(file);
     QVERIFY(in.open(QIODevice::ReadOnly));
     QCOMPARE(lines(PasswordCsv::read(in.readAll()).logins),
-        (QStringList { QStringLiteral("a.org|https://a.org|ann|p2|"),
-            QStringLiteral("z.org|https://z.org|zed|p,\"1|n") }));
+        (QStringList { QString::fromUtf8("a.org|https://a.org|ann|ключ ✓|"),
+            QStringLiteral("z.org|https://z.org| a\"b|p,\"w\r\n|multi\nline") }));
 
     QVERIFY(manager.exportCsv(QStringLiteral("/nonexistent/dir/out.csv")));
     QVERIFY(finished.wait());

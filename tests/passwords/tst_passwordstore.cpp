@@ -10,11 +10,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include <functional>
 #include <sys/stat.h>
-
-using Corruption = std::function<void(const QString& store, const QString& key)>;
-Q_DECLARE_METATYPE(Corruption)
 
 class TestPasswordStore : public QObject
 {
@@ -122,42 +118,31 @@ void TestPasswordStore::survivesRestartWithoutPlaintext()
 
 void TestPasswordStore::refused_data()
 {
-    QTest::addColumn<Corruption>("corrupt");
+    QTest::addColumn<bool>("keyFile"); // the file changed: the key file, else the store
+    QTest::addColumn<int>("position"); // byte to flip (negative: from the end)
+    QTest::addColumn<int>("mask");
+    QTest::addColumn<QByteArray>("replacement"); // new contents instead; null with mask 0: file removed
     QTest::addColumn<int>("status");
 
-    QTest::newRow("another key") << Corruption([](const QString&, const QString& key) {
-        overwrite(key, QByteArray(32, 'k').toBase64());
-    }) << int(PasswordManager::Damaged);
-    QTest::newRow("one ciphertext byte flipped") << Corruption([](const QString& store, const QString&) {
-        QByteArray bytes = contents(store);
-        bytes[bytes.size() - 30] = char(bytes.at(bytes.size() - 30) ^ 0x01);
-        overwrite(store, bytes);
-    }) << int(PasswordManager::Damaged);
-    QTest::newRow("tag byte flipped") << Corruption([](const QString& store, const QString&) {
-        QByteArray bytes = contents(store);
-        bytes[bytes.size() - 1] = char(bytes.at(bytes.size() - 1) ^ 0x80);
-        overwrite(store, bytes);
-    }) << int(PasswordManager::Damaged);
-    QTest::newRow("cut short") << Corruption([](const QString& store, const QString&) {
-        overwrite(store, contents(store).chopped(5));
-    }) << int(PasswordManager::Damaged);
-    QTest::newRow("not a store") << Corruption([](const QString& store, const QString&) {
-        overwrite(store, "name,url\n");
-    }) << int(PasswordManager::Damaged);
-    QTest::newRow("key file gone") << Corruption([](const QString&, const QString& key) {
-        QFile::remove(key);
-    }) << int(PasswordManager::Locked);
-    QTest::newRow("header names a keyring that does not answer") << Corruption(
-        [](const QString& store, const QString&) {
-            QByteArray bytes = contents(store);
-            bytes[8] = 1;
-            overwrite(store, bytes);
-        }) << int(PasswordManager::Locked);
+    QTest::newRow("another key") << true << 0 << 0 << QByteArray(32, 'k').toBase64()
+                                 << int(PasswordManager::Damaged);
+    QTest::newRow("ciphertext byte flipped")
+        << false << -30 << 0x01 << QByteArray() << int(PasswordManager::Damaged);
+    QTest::newRow("tag byte flipped") << false << -1 << 0x80 << QByteArray() << int(PasswordManager::Damaged);
+    QTest::newRow("not a store") << false << 0 << 0 << QByteArray("name,url\n")
+                                 << int(PasswordManager::Damaged);
+    QTest::newRow("key file gone") << true << 0 << 0 << QByteArray() << int(PasswordManager::Locked);
+    // Key source byte 2 (file) becomes 1 (keyring), which does not answer here.
+    QTest::newRow("header names the keyring")
+        << false << 8 << 0x03 << QByteArray() << int(PasswordManager::Locked);
 }
 
 void TestPasswordStore::refused()
 {
-    QFETCH(Corruption, corrupt);
+    QFETCH(bool, keyFile);
+    QFETCH(int, position);
+    QFETCH(int, mask);
+    QFETCH(QByteArray, replacement);
     QFETCH(int, status);
 
     QTemporaryDir dir;
@@ -167,7 +152,16 @@ void TestPasswordStore::refused()
         manager.save(QStringLiteral("https://a.example"), QStringLiteral("ann"), QStringLiteral("secret-a"));
         manager.save(QStringLiteral("https://b.example"), QStringLiteral("bob"), QStringLiteral("secret-b"));
         manager.waitForIo();
-        corrupt(manager.storePath(), manager.keyFilePath());
+        const QString path = keyFile ? manager.keyFilePath() : manager.storePath();
+        QByteArray bytes = contents(path);
+        if (mask) {
+            const int at = position < 0 ? bytes.size() + position : position;
+            bytes[at] = char(bytes.at(at) ^ mask);
+        }
+        if (mask || !replacement.isNull())
+            overwrite(path, mask ? bytes : replacement);
+        else
+            QFile::remove(path);
     }
     PasswordManager manager(dir.path());
     const QByteArray before = contents(manager.storePath());
@@ -184,45 +178,25 @@ void TestPasswordStore::refused()
 
 void TestPasswordStore::saveOffer_data()
 {
-    QTest::addColumn<QString>("url");
-    QTest::addColumn<QString>("username");
-    QTest::addColumn<QString>("password");
+    QTest::addColumn<QString>("submitted"); // url, user name and password of a sent form
     QTest::addColumn<int>("offer");
 
-    QTest::newRow("new user on a known site") << "https://a.example/login"
-                                              << "other"
-                                              << "pw" << int(PasswordManager::OfferSave);
-    QTest::newRow("same login") << "https://a.example/elsewhere"
-                                << "ann"
-                                << "old" << int(PasswordManager::NoOffer);
-    QTest::newRow("changed password") << "https://a.example"
-                                      << "ann"
-                                      << "new" << int(PasswordManager::OfferUpdate);
-    QTest::newRow("other port is another site") << "https://a.example:8443"
-                                                << "ann"
-                                                << "old" << int(PasswordManager::OfferSave);
-    QTest::newRow("plain http is another site") << "http://a.example"
-                                                << "ann"
-                                                << "old" << int(PasswordManager::OfferSave);
-    QTest::newRow("subdomain is another site") << "https://www.a.example"
-                                               << "ann"
-                                               << "old" << int(PasswordManager::OfferSave);
-    QTest::newRow("never-save site") << "https://never.example/x"
-                                     << "ann"
-                                     << "pw" << int(PasswordManager::NoOffer);
-    QTest::newRow("empty password") << "https://b.example"
-                                    << "ann"
-                                    << "" << int(PasswordManager::NoOffer);
-    QTest::newRow("no host") << "about:blank"
-                             << "ann"
-                             << "pw" << int(PasswordManager::NoOffer);
+    // The store holds ann/old on https://a.example; https://never.example is a never-save site.
+    QTest::newRow("new user on a known site")
+        << "https://a.example/login other pw" << int(PasswordManager::OfferSave);
+    QTest::newRow("same login") << "https://a.example/elsewhere ann old" << int(PasswordManager::NoOffer);
+    QTest::newRow("changed password") << "https://a.example ann new" << int(PasswordManager::OfferUpdate);
+    QTest::newRow("other port is another site")
+        << "https://a.example:8443 ann old" << int(PasswordManager::OfferSave);
+    QTest::newRow("subdomain is another site")
+        << "https://www.a.example ann old" << int(PasswordManager::OfferSave);
+    QTest::newRow("never-save site") << "https://never.example/x ann pw" << int(PasswordManager::NoOffer);
+    QTest::newRow("no host") << "about:blank ann pw" << int(PasswordManager::NoOffer);
 }
 
 void TestPasswordStore::saveOffer()
 {
-    QFETCH(QString, url);
-    QFETCH(QString, username);
-    QFETCH(QString, password);
+    QFETCH(QString, submitted);
     QFETCH(int, offer);
 
     QTemporaryDir dir;
@@ -230,7 +204,8 @@ void TestPasswordStore::saveOffer()
     QVERIFY(waitUntilLoaded(manager));
     manager.save(QStringLiteral("https://a.example"), QStringLiteral("ann"), QStringLiteral("old"));
     manager.addException(QStringLiteral("https://never.example"));
-    QCOMPARE(manager.saveOffer(url, username, password), offer);
+    const QStringList form = submitted.split(QLatin1Char(' '));
+    QCOMPARE(manager.saveOffer(form[0], form[1], form[2]), offer);
     manager.removeException(QStringLiteral("https://never.example"));
 }
 
