@@ -34,7 +34,8 @@ QByteArray exportFile()
 {
     QVector<CsvLogin> rows;
     for (int i = 0; i < logins; ++i) {
-        rows.append({ 0, QStringLiteral("Site %1").arg(i), QStringLiteral("https://site%1.example/login").arg(i % 2500),
+        rows.append({ 0, QStringLiteral("Site %1").arg(i),
+            QStringLiteral("https://site%1.example/login").arg(i % 2500),
             QStringLiteral("user%1@mail.example").arg(i), QStringLiteral("p@ss,\"%1\"-word").arg(i * 7919),
             i % 10 ? QString() : QStringLiteral("note\nline %1").arg(i) });
     }
@@ -132,8 +133,8 @@ int main(int argc, char** argv)
     out << "  import 10,000-row CSV:         " << median(import) << " ms (goal < 500 ms), longest GUI stall "
         << median(importStall) << " ms" << Qt::endl;
     out << "  password page model, 10,000:   " << median(page) << " ms (goal < 50 ms)" << Qt::endl;
-    out << "  store load (key, decrypt):     " << median(load) << " ms, longest GUI stall " << median(loadStall)
-        << " ms" << Qt::endl;
+    out << "  store load (key, decrypt):     " << median(load) << " ms, longest GUI stall "
+        << median(loadStall) << " ms" << Qt::endl;
     out << "  store save (encrypt, write):   " << median(save) << " ms" << Qt::endl;
     return 0;
 }
