@@ -43,5 +43,53 @@
         <source>%1 TB</source>
         <translation>%1 ТБ</translation>
     </message>
+    <message id="browser-la-passwords-csv-too-large">
+        <source>The file is larger than 8 MiB and is not a password export.</source>
+        <translation>Файл больше 8 МиБ и не является экспортом паролей.</translation>
+    </message>
+    <message id="browser-la-passwords-csv-not-utf8">
+        <source>The file is not UTF-8 text.</source>
+        <translation>Файл не является текстом в UTF-8.</translation>
+    </message>
+    <message id="browser-la-passwords-csv-open-quote">
+        <source>A quoted field opened on line %1 is never closed.</source>
+        <translation>Поле в кавычках, начатое в строке %1, не закрыто.</translation>
+    </message>
+    <message id="browser-la-passwords-csv-no-header">
+        <source>The file has no header line.</source>
+        <translation>В файле нет строки заголовка.</translation>
+    </message>
+    <message id="browser-la-passwords-csv-no-columns">
+        <source>The header names no url or no password column.</source>
+        <translation>В заголовке нет столбца url или password.</translation>
+    </message>
+    <message id="browser-la-passwords-csv-row-no-url">
+        <source>Line %1 has no url.</source>
+        <translation>В строке %1 нет адреса.</translation>
+    </message>
+    <message id="browser-la-passwords-csv-row-no-password">
+        <source>Line %1 has no password.</source>
+        <translation>В строке %1 нет пароля.</translation>
+    </message>
+    <message id="browser-la-passwords-csv-row-bad-url">
+        <source>Line %1: the url is not a web address.</source>
+        <translation>Строка %1: адрес не является веб-адресом.</translation>
+    </message>
+    <message id="browser-la-passwords-import-unreadable">
+        <source>The file %1 cannot be read.</source>
+        <translation>Не удаётся прочитать файл %1.</translation>
+    </message>
+    <message id="browser-la-passwords-import-conflict">
+        <source>Line %1: a different password is already saved for this user name on %2; the saved one is kept.</source>
+        <translation>Строка %1: для этого имени пользователя на %2 уже сохранён другой пароль; он оставлен.</translation>
+    </message>
+    <message id="browser-la-passwords-store-write-failed">
+        <source>The saved passwords could not be written to %1.</source>
+        <translation>Не удалось записать сохранённые пароли в %1.</translation>
+    </message>
+    <message id="browser-la-passwords-export-failed">
+        <source>The file %1 cannot be written.</source>
+        <translation>Не удаётся записать файл %1.</translation>
+    </message>
 </context>
 </TS>

@@ -43,5 +43,53 @@
         <source>%1 TB</source>
         <translation>%1 TB</translation>
     </message>
+    <message id="browser-la-passwords-csv-too-large">
+        <source>The file is larger than 8 MiB and is not a password export.</source>
+        <translation>The file is larger than 8 MiB and is not a password export.</translation>
+    </message>
+    <message id="browser-la-passwords-csv-not-utf8">
+        <source>The file is not UTF-8 text.</source>
+        <translation>The file is not UTF-8 text.</translation>
+    </message>
+    <message id="browser-la-passwords-csv-open-quote">
+        <source>A quoted field opened on line %1 is never closed.</source>
+        <translation>A quoted field opened on line %1 is never closed.</translation>
+    </message>
+    <message id="browser-la-passwords-csv-no-header">
+        <source>The file has no header line.</source>
+        <translation>The file has no header line.</translation>
+    </message>
+    <message id="browser-la-passwords-csv-no-columns">
+        <source>The header names no url or no password column.</source>
+        <translation>The header names no url or no password column.</translation>
+    </message>
+    <message id="browser-la-passwords-csv-row-no-url">
+        <source>Line %1 has no url.</source>
+        <translation>Line %1 has no url.</translation>
+    </message>
+    <message id="browser-la-passwords-csv-row-no-password">
+        <source>Line %1 has no password.</source>
+        <translation>Line %1 has no password.</translation>
+    </message>
+    <message id="browser-la-passwords-csv-row-bad-url">
+        <source>Line %1: the url is not a web address.</source>
+        <translation>Line %1: the url is not a web address.</translation>
+    </message>
+    <message id="browser-la-passwords-import-unreadable">
+        <source>The file %1 cannot be read.</source>
+        <translation>The file %1 cannot be read.</translation>
+    </message>
+    <message id="browser-la-passwords-import-conflict">
+        <source>Line %1: a different password is already saved for this user name on %2; the saved one is kept.</source>
+        <translation>Line %1: a different password is already saved for this user name on %2; the saved one is kept.</translation>
+    </message>
+    <message id="browser-la-passwords-store-write-failed">
+        <source>The saved passwords could not be written to %1.</source>
+        <translation>The saved passwords could not be written to %1.</translation>
+    </message>
+    <message id="browser-la-passwords-export-failed">
+        <source>The file %1 cannot be written.</source>
+        <translation>The file %1 cannot be written.</translation>
+    </message>
 </context>
 </TS>

@@ -6,6 +6,8 @@
 #include "history/popuphistorymodel.h"
 #include "history/searchmodel.h"
 #include "history/tabhistorymodel.h"
+#include "passwords/credentialsmodel.h"
+#include "passwords/passwordmanager.h"
 #include "pwa/pwamanager.h"
 #include "settings/dprmodel.h"
 #include "settings/permission.h"
@@ -46,6 +48,8 @@ const QVector<QmlTypeEntry>& qmlTypeEntries()
         { "Permission", QmlTypeEntry::Creatable, &creatable<Permission> },
         { "PermissionsManager", QmlTypeEntry::Creatable, &creatable<PermissionsManager> },
         { "PermissionsProxyModel", QmlTypeEntry::Creatable, &creatable<PermissionsProxyModel> },
+        { "SettingsPasswordManager", QmlTypeEntry::Singleton, &singleton<PasswordManager> },
+        { "CredentialsModel", QmlTypeEntry::Creatable, &creatable<CredentialsModel> },
         { "DprModel", QmlTypeEntry::Creatable, &creatable<DprModel> },
         { "FilePathUtils", QmlTypeEntry::Singleton, &singleton<FilePathUtils> },
         { "ManagedConfigurationUtils", QmlTypeEntry::Singleton, &singleton<ManagedConfigurationUtils> },
