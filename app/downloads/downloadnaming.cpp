@@ -166,7 +166,10 @@ QString suggestedName(const QByteArray& contentDisposition, const QUrl& url, con
 {
     QString name = sanitize(fromContentDisposition(contentDisposition));
     if (name.isEmpty())
-        name = sanitize(url.fileName(QUrl::FullyDecoded));
+        // The last segment of the encoded path, so that an encoded "/" stays
+        // part of the name instead of splitting it.
+        name = sanitize(
+            QUrl::fromPercentEncoding(url.path(QUrl::FullyEncoded).section(QLatin1Char('/'), -1).toUtf8()));
     if (name.isEmpty())
         name = QStringLiteral("download");
     if (!name.contains(QLatin1Char('.')) && !contentType.isEmpty()) {
