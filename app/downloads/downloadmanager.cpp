@@ -45,6 +45,10 @@ DownloadManager::DownloadManager(DBManager* db, QObject* parent)
 {
     if (m_directory.isEmpty())
         m_directory = QDir::homePath();
+    // The proxy is not a QML type of its own; QML reaches it through this
+    // manager's property only.
+    qRegisterMetaType<DownloadModel*>();
+    qRegisterMetaType<DownloadProxyModel*>();
     m_proxy->setSourceModel(m_model);
     m_clock.start();
     connect(m_db, &DBManager::downloadsAvailable, this, &DownloadManager::onDownloadsLoaded);

@@ -59,7 +59,11 @@ void DownloadTransfer::stop()
 {
     if (m_reply) {
         m_reply->disconnect(this);
-        m_reply->abort();
+        // A reply that failed, or is about to fail with its HTTP status, must
+        // not be failed a second time; dropping it closes the connection.
+        if (m_reply->error() == QNetworkReply::NoError
+            && m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt() < 400)
+            m_reply->abort();
         m_reply->deleteLater();
     }
     m_reply = nullptr;
@@ -126,7 +130,11 @@ void DownloadTransfer::onReadyRead()
     if (written > 0)
         m_received += written;
     if (written != chunk.size()) {
-        fail(QStringLiteral("Could not save the file: %1").arg(m_file.errorString()), true);
+        // A short write without an error is a full disk (or a file size limit).
+        const QString reason = m_file.error() == QFileDevice::NoError || written > 0
+            ? QStringLiteral("no space left on the device")
+            : m_file.errorString();
+        fail(QStringLiteral("Could not save the file: %1").arg(reason), true);
         return;
     }
     reportProgress(false);
