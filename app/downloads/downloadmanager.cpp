@@ -175,7 +175,11 @@ void DownloadManager::stopTransfer(int id)
     if (DownloadTransfer* transfer = m_transfers.take(id)) {
         transfer->stop();
         const QByteArray validator = transfer->validator();
-        m_model->update(id, [validator](DownloadEntry& x) { x.validator = validator; });
+        const qint64 received = transfer->received();
+        m_model->update(id, [validator, received](DownloadEntry& x) {
+            x.validator = validator;
+            x.receivedBytes = received;
+        });
         transfer->deleteLater();
     }
 }

@@ -1,18 +1,19 @@
 #pragma once
 
 #include <QElapsedTimer>
-#include <QFile>
 #include <QObject>
 #include <QPointer>
 #include <QUrl>
 
+class DownloadFileWriter;
 class QNetworkAccessManager;
 class QNetworkReply;
 
 // One HTTP transfer of a download into its partial file, started again from
 // where the file ends when the server takes byte ranges and from the start
-// when it does not. Bytes are written as they arrive, so memory stays flat and
-// the GUI thread never holds more than one network chunk.
+// when it does not. The GUI thread only hands chunks, as they arrive, to a
+// DownloadFileWriter on the downloads' thread; memory stays bounded because
+// reading stops while too much waits for the disk.
 class DownloadTransfer : public QObject
 {
     Q_OBJECT
@@ -26,7 +27,7 @@ public:
     // Drops the connection without a signal; the partial file stays.
     void stop();
     // The file to write to may change until the first byte is written.
-    void setPartialPath(const QString& path) { m_file.setFileName(path); }
+    void setPartialPath(const QString& path) { m_partialPath = path; }
 
     qint64 received() const { return m_received; }
     qint64 total() const { return m_total; }
@@ -45,22 +46,33 @@ signals:
     void failed(const QString& error, bool writeFailed);
 
 private:
+    void sendRequest();
     void onReadyRead();
-    void onFinished();
+    void drain();
+    void queueDrain();
+    void onReplyFinished();
     bool beginBody();
+    void complete();
+    void onWritten(qint64 bytes);
     void fail(const QString& error, bool writeFailed);
     void reportProgress(bool force);
 
     QNetworkAccessManager* m_network;
     QUrl m_url;
     QPointer<QNetworkReply> m_reply;
-    QFile m_file;
+    DownloadFileWriter* m_writer = nullptr;
+    QString m_partialPath;
     qint64 m_offset = 0;
-    qint64 m_received = 0;
+    qint64 m_received = 0; // handed to the writer
+    qint64 m_written = 0; // confirmed by the writer
     qint64 m_total = -1;
     double m_speed = 0;
     QByteArray m_validator;
+    bool m_awaitingOpen = false;
+    bool m_failed = false;
+    bool m_fileOpened = false;
     bool m_bodyStarted = false;
+    bool m_drainQueued = false;
     QElapsedTimer m_clock;
     qint64 m_lastReportMs = 0;
     qint64 m_lastReportBytes = 0;
