@@ -199,7 +199,7 @@ void TestDownloadManager::transfers()
     response.acceptRanges = acceptRanges;
     response.dropAfterBytes = dropAfter;
     response.chunkBytes = 16 * 1024;
-    response.chunkDelayMs = pauseMidway ? 10 : 0;
+    response.chunkDelayMs = pauseMidway ? 20 : 0;
     m_server.route(path, response);
     if (redirect)
         m_server.redirect("/old-address", path);
