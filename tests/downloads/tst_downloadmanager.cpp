@@ -96,22 +96,24 @@ class EngineItem : public QObject
     Q_OBJECT
     Q_PROPERTY(QUrl url MEMBER url CONSTANT)
     Q_PROPERTY(QString mimeType MEMBER mimeType CONSTANT)
-    Q_PROPERTY(int state MEMBER state NOTIFY stateChanged)
+    Q_PROPERTY(DownloadState state MEMBER state NOTIFY stateChanged)
     Q_PROPERTY(bool isPaused MEMBER paused NOTIFY isPausedChanged)
     Q_PROPERTY(qint64 receivedBytes MEMBER received NOTIFY receivedBytesChanged)
     Q_PROPERTY(qint64 totalBytes MEMBER total NOTIFY receivedBytesChanged)
     Q_PROPERTY(QString downloadDirectory MEMBER directory)
     Q_PROPERTY(QString downloadFileName MEMBER fileName)
 public:
+    enum DownloadState { DownloadRequested, DownloadInProgress, DownloadCompleted };
+    Q_ENUM(DownloadState)
     QUrl url = QUrl(QStringLiteral("https://h.example/get?id=1"));
     QString mimeType = QStringLiteral("application/pdf");
-    int state = 0;
+    DownloadState state = DownloadRequested;
     bool paused = false;
     qint64 received = 0, total = 1000;
     QString directory = QStringLiteral("/elsewhere"), fileName = QStringLiteral("report.pdf");
     QStringList calls;
 public slots:
-    void accept() { calls << QStringLiteral("accept"), state = 1; }
+    void accept() { calls << QStringLiteral("accept"), state = DownloadInProgress; }
     void pause() { calls << QStringLiteral("pause"), paused = true, emit isPausedChanged(); }
     void resume() { calls << QStringLiteral("resume"), paused = false, emit isPausedChanged(); }
 signals:
@@ -347,7 +349,7 @@ void TestDownloadManager::engineDownloadIsNamedAndMirrored()
     m_manager->resume(id);
     QCOMPARE(item.calls,
         QStringList({ QStringLiteral("accept"), QStringLiteral("pause"), QStringLiteral("resume") }));
-    item.received = 1000, item.state = 2;
+    item.received = 1000, item.state = EngineItem::DownloadCompleted;
     emit item.stateChanged();
     QCOMPARE(entry(id).state, int(DownloadModel::Finished));
     QCOMPARE(entry(id).receivedBytes, 1000);
