@@ -101,7 +101,11 @@ void DownloadManager::onDownloadsLoaded(const QList<Download>& rows)
                 e.state = DownloadModel::Paused;
                 m_db->setStatusDownload(e.path, e.state);
             }
-            e.receivedBytes = qMax<qint64>(0, QFileInfo(DownloadNaming::partialPath(e.path)).size());
+            const QFileInfo partial(DownloadNaming::partialPath(e.path));
+            e.receivedBytes = qMax<qint64>(0, partial.size());
+            // The web engine writes under the final name; such a half file
+            // is not ours to continue, and must make way on resume.
+            e.byEngine = !partial.exists() && QFileInfo::exists(e.path);
         }
         m_model->append(e);
     }
@@ -339,7 +343,7 @@ void DownloadManager::cancel(int id)
     }
     stopTransfer(id);
     if (!e->path.isEmpty())
-        QFile::remove(DownloadNaming::partialPath(e->path));
+        QFile::remove(e->byEngine ? e->path : DownloadNaming::partialPath(e->path));
     m_model->update(id, [](DownloadEntry& x) { x.receivedBytes = 0; });
     setState(id, DownloadModel::Cancelled);
 }
