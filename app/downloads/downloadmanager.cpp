@@ -101,11 +101,10 @@ void DownloadManager::onDownloadsLoaded(const QList<Download>& rows)
                 e.state = DownloadModel::Paused;
                 m_db->setStatusDownload(e.path, e.state);
             }
-            const QFileInfo partial(DownloadNaming::partialPath(e.path));
-            e.receivedBytes = qMax<qint64>(0, partial.size());
-            // The web engine writes under the final name; such a half file
-            // is not ours to continue, and must make way on resume.
-            e.byEngine = !partial.exists() && QFileInfo::exists(e.path);
+            // A file under the final name may be a web engine download's half
+            // or a complete file whose state never reached storage: it is
+            // left alone, and a resumed download picks a free name at the end.
+            e.receivedBytes = qMax<qint64>(0, QFileInfo(DownloadNaming::partialPath(e.path)).size());
         }
         m_model->append(e);
     }
