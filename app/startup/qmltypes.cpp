@@ -1,5 +1,7 @@
 #include "qmltypes.h"
 
+#include "downloads/downloadmanager.h"
+#include "downloads/downloadmodel.h"
 #include "history/faviconsmap.h"
 #include "history/historymodel.h"
 #include "history/mostvisitedmodel.h"
@@ -31,6 +33,11 @@ template <typename T> void singleton(const char* uri, int major, int minor, cons
 {
     qmlRegisterSingletonType<T>(uri, major, minor, name, &T::qmlInstance);
 }
+
+template <typename T> void uncreatable(const char* uri, int major, int minor, const char* name)
+{
+    qmlRegisterUncreatableType<T>(uri, major, minor, name, QStringLiteral("Only for roles"));
+}
 } // namespace
 
 const QVector<QmlTypeEntry>& qmlTypeEntries()
@@ -51,6 +58,8 @@ const QVector<QmlTypeEntry>& qmlTypeEntries()
         { "SettingsPasswordManager", QmlTypeEntry::Singleton, &singleton<PasswordManager> },
         { "CredentialsModel", QmlTypeEntry::Creatable, &creatable<CredentialsModel> },
         { "DprModel", QmlTypeEntry::Creatable, &creatable<DprModel> },
+        { "DownloadManager", QmlTypeEntry::Singleton, &singleton<DownloadManager> },
+        { "DownloadModel", QmlTypeEntry::Uncreatable, &uncreatable<DownloadModel> },
         { "FilePathUtils", QmlTypeEntry::Singleton, &singleton<FilePathUtils> },
         { "ManagedConfigurationUtils", QmlTypeEntry::Singleton, &singleton<ManagedConfigurationUtils> },
         { "ScreenshotUtils", QmlTypeEntry::Singleton, &singleton<ScreenshotUtils> },
