@@ -1,5 +1,7 @@
 #include "downloadmanager.h"
 
+#include "settings/settingsmanager.h"
+
 #include "downloadkind.h"
 #include "downloadlog.h"
 #include "downloadnaming.h"
@@ -22,8 +24,14 @@ DownloadManager* s_instance = nullptr;
 
 DownloadManager* DownloadManager::instance()
 {
-    if (!s_instance)
+    if (!s_instance) {
         s_instance = new DownloadManager(DBManager::instance());
+        // Files land where the user chose in settings, and follow a later choice.
+        SettingsManager* settings = SettingsManager::instance();
+        s_instance->setDownloadDirectory(settings->defaultDownloadPath());
+        connect(settings, &SettingsManager::defaultDownloadPathChanged, s_instance,
+            [settings] { s_instance->setDownloadDirectory(settings->defaultDownloadPath()); });
+    }
     return s_instance;
 }
 
