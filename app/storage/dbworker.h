@@ -1,5 +1,6 @@
 #pragma once
 
+#include "localday.h"
 #include "records.h"
 #include "statementcache.h"
 
@@ -205,6 +206,7 @@ private:
 
     QString m_mainConnection;
     bool m_opened = false;
+    LocalDay m_localDay;
     // Declared after the connection name they are built from.
     StatementCache m_fileStatements;
     StatementCache m_privateStatements;

@@ -1,7 +1,7 @@
 #include "dbworker.h"
 
-#include "utils/filepathutils.h"
 #include "utils/logcategories.h"
+#include "utils/urlparts.h"
 
 #include <QVariant>
 
@@ -102,8 +102,19 @@ void DBWorker::addBookmarkNode(int parentId, const QString& url, const QString& 
 
 void DBWorker::updateBookmarkNode(int id, const QString& url, const QString& title)
 {
+    // Only a folder keeps a NULL url: a bookmark whose address is cleared stays
+    // a bookmark (with an empty one) instead of turning into an empty folder.
+    bool folder = false;
+    if (url.isEmpty()) {
+        auto kind = prepare(QStringLiteral("SELECT url IS NULL FROM bookmark_node WHERE id = ?;"), false);
+        kind.addBindValue(id);
+        if (!execute(kind))
+            return;
+        folder = kind.next() && kind.value(0).toBool();
+        kind.finish();
+    }
     auto query = prepare(QStringLiteral("UPDATE bookmark_node SET url = ?, title = ? WHERE id = ?;"), false);
-    query.addBindValue(urlValue(url));
+    query.addBindValue(folder ? QVariant(QVariant::String) : QVariant(url));
     query.addBindValue(title);
     query.addBindValue(id);
     execute(query);
@@ -405,7 +416,7 @@ void DBWorker::migrateBookmark(const QString& title, const QString& url, const Q
 
     auto icon = prepare(
         QStringLiteral("INSERT OR IGNORE INTO favicons (base_url, favicon, date) VALUES (?, ?, ?);"), false);
-    icon.addBindValue(FilePathUtils::instance()->getBaseUrl(url));
+    icon.addBindValue(UrlParts::baseUrl(url));
     icon.addBindValue(favicon);
     icon.addBindValue(QDateTime::currentMSecsSinceEpoch());
     if (!execute(icon))

@@ -102,8 +102,8 @@ void DBWorker::addHistoryEntry(const QString& url, const QString& title)
     qCDebug(lcStorage) << Q_FUNC_INFO << "url:" << url << "title:" << title;
 
     // One row per url and local calendar day: a visit after midnight starts a new row.
-    const qint64 startOfToday = QDateTime(QDate::currentDate(), QTime(0, 0)).toMSecsSinceEpoch();
     const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    const qint64 startOfToday = m_localDay.startOfDay(now);
 
     auto select = prepare(
         QStringLiteral(

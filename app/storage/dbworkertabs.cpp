@@ -1,7 +1,7 @@
 #include "dbworker.h"
 
-#include "utils/filepathutils.h"
 #include "utils/logcategories.h"
+#include "utils/urlparts.h"
 
 #include <QVariant>
 
@@ -81,7 +81,7 @@ void DBWorker::addTabs(
         // Device modes are the user's per-site choice and are read from the file
         // even for private tabs (the private database holds a copy of them anyway).
         auto mode = prepare(QStringLiteral("SELECT device_mode FROM device_modes WHERE domain = ?"), false);
-        mode.addBindValue(FilePathUtils::instance()->getDomain(url));
+        mode.addBindValue(UrlParts::domain(url));
         if (!execute(mode))
             return;
         // The receiver applies the mode to the tab at the batch's index: every tab
