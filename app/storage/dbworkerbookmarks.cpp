@@ -328,7 +328,7 @@ void DBWorker::getBookmarkTree()
         node.children = query.value(3).toInt();
         nodes.append(node);
     }
-    emit bookmarksTreeAvailable(nodes);
+    deliver([=] { emit bookmarksTreeAvailable(nodes); });
 }
 
 void DBWorker::getBookmarks(int folderId, const QString& filter)
@@ -360,7 +360,7 @@ void DBWorker::getBookmarks(int folderId, const QString& filter)
         bookmark.url = query.value(2).toString();
         bookmarks.append(bookmark);
     }
-    emit bookmarksAvailable(bookmarks);
+    deliver([=] { emit bookmarksAvailable(bookmarks); });
 }
 
 void DBWorker::isBookmarked(const QString& url)
@@ -369,7 +369,8 @@ void DBWorker::isBookmarked(const QString& url)
     query.addBindValue(url);
     if (!execute(query))
         return;
-    emit bookmarkedAvailable(query.next());
+    const bool bookmarked = query.next();
+    deliver([=] { emit bookmarkedAvailable(bookmarked); });
 }
 
 void DBWorker::getBookmarkData(const QString& url)
@@ -382,8 +383,10 @@ void DBWorker::getBookmarkData(const QString& url)
     // No row: the url is no bookmark and the asker keeps its "none" state.
     if (!execute(query) || !query.next())
         return;
-    emit bookmarkDataAvailable(
-        query.value(0).toInt(), url, query.value(1).toString(), query.value(2).toInt());
+    const int id = query.value(0).toInt();
+    const QString title = query.value(1).toString();
+    const int parentId = query.value(2).toInt();
+    deliver([=] { emit bookmarkDataAvailable(id, url, title, parentId); });
 }
 
 int DBWorker::migratedBookmarksFolder(const QString& folderTitle)

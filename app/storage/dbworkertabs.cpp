@@ -46,7 +46,7 @@ void DBWorker::getTabs()
         tab.orderIndex = query.value(6).toInt();
         tabs.append(tab);
     }
-    emit tabsAvailable(tabs);
+    deliver([=] { emit tabsAvailable(tabs); });
 }
 
 void DBWorker::addTabs(
@@ -86,8 +86,10 @@ void DBWorker::addTabs(
             return;
         // The receiver applies the mode to the tab at the batch's index: every tab
         // of a batch reports that same index.
-        if (mode.next())
-            emit tabDeviceModeChanged(index, mode.value(0).toInt(), isPrivate);
+        if (mode.next()) {
+            const int deviceMode = mode.value(0).toInt();
+            deliver([=] { emit tabDeviceModeChanged(index, deviceMode, isPrivate); });
+        }
     }
 }
 
