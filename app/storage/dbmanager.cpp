@@ -11,7 +11,7 @@ namespace
 {
 DBManager* s_instance = nullptr;
 
-void stopAtExit()
+void stopInstance()
 {
     if (s_instance)
         s_instance->shutdown();
@@ -84,25 +84,23 @@ DBManager::DBManager(QObject* parent)
     connect(m_worker, &DBWorker::deviceModeAvailable, this, &DBManager::deviceModeAvailable);
 
     // Nothing a user did may be lost at exit, including what a QML handler or
-    // a destructor asks for while the program winds down: the thread runs to
-    // the very end of the process. Quitting and the application's destruction
-    // only wait for what is queued; the thread stops after main has returned.
+    // a destructor asks for while the program winds down. Quitting only waits
+    // for what is queued so far; the thread stops when the application object
+    // is destroyed, the last moment at which Qt still delivers a queued call.
+    // A process that exits without destroying it stops the thread at exit.
     if (QCoreApplication* app = QCoreApplication::instance())
         connect(app, &QCoreApplication::aboutToQuit, this, &DBManager::drain);
-    qAddPostRoutine([] {
-        if (s_instance)
-            s_instance->drain();
-    });
-    std::atexit(stopAtExit);
+    qAddPostRoutine(stopInstance);
+    std::atexit(stopInstance);
 
     m_thread.start();
     post("init");
     // Registered again once the worker has opened the file, and so after Qt
-    // SQL's own globals: handlers run in reverse order of registration, and
-    // this one must run while the connection it drains still exists.
+    // SQL's own globals: exit handlers run in reverse order of registration,
+    // and this one must run while the connection it drains still exists.
     m_queued.ref();
     QMetaObject::invokeMethod(
-        m_worker, [] { std::atexit(stopAtExit); }, Qt::QueuedConnection);
+        m_worker, [] { std::atexit(stopInstance); }, Qt::QueuedConnection);
 }
 
 DBManager::~DBManager()
@@ -115,7 +113,8 @@ DBManager::~DBManager()
 bool DBManager::post(const char* method, QGenericArgument a0, QGenericArgument a1, QGenericArgument a2,
     QGenericArgument a3, QGenericArgument a4)
 {
-    if (m_stopped) {
+    // Without the application object Qt delivers no queued call to another thread.
+    if (m_stopped || !QCoreApplication::instance()) {
         qCWarning(lcStorage) << "storage thread has stopped, request cannot run any more:" << method;
         return false;
     }
@@ -128,7 +127,7 @@ bool DBManager::post(const char* method, QGenericArgument a0, QGenericArgument a
 
 void DBManager::drain()
 {
-    if (m_stopped)
+    if (m_stopped || !QCoreApplication::instance())
         return;
     m_queued.ref();
     DBWorker* worker = m_worker;
@@ -140,19 +139,26 @@ void DBManager::shutdown()
 {
     if (m_stopped)
         return;
-    // Posted behind every request already queued, so the worker's loop ends
-    // only once they have all run and been committed.
-    m_queued.ref();
-    DBWorker* worker = m_worker;
-    QMetaObject::invokeMethod(
-        m_worker,
-        [worker] {
-            worker->commitPending();
-            QThread::currentThread()->quit();
-        },
-        Qt::QueuedConnection);
-    m_thread.wait();
     m_stopped = true;
+    if (QCoreApplication::instance()) {
+        // Posted behind every request already queued, so the worker's loop
+        // ends only once they have all run and been committed.
+        m_queued.ref();
+        DBWorker* worker = m_worker;
+        QMetaObject::invokeMethod(
+            m_worker,
+            [worker] {
+                worker->commitPending();
+                QThread::currentThread()->quit();
+            },
+            Qt::QueuedConnection);
+    } else {
+        const int lost = m_queued.loadAcquire();
+        if (lost > 0)
+            qCWarning(lcStorage) << "storage requests that can no longer run:" << lost;
+        m_thread.quit();
+    }
+    m_thread.wait();
     qCDebug(lcStorage) << "storage thread stopped";
 }
 

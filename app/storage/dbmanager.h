@@ -28,9 +28,10 @@ public:
     // committed. The thread keeps running. Done by itself when the application
     // quits and when it is destroyed.
     void drain();
-    // Drains, then stops the storage thread for good. Done by itself after main
-    // returns (at process exit); a request made later cannot run any more and
-    // is logged as such. Safe to call more than once.
+    // Drains, then stops the storage thread for good. Done by itself when the
+    // application object is destroyed (or at exit, without one); a request
+    // made later cannot run any more and is logged as such. Safe to call more
+    // than once.
     void shutdown();
 
 public slots:
