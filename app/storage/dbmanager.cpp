@@ -96,11 +96,17 @@ DBManager::DBManager(QObject* parent)
     m_thread.start();
     post("init");
     // Registered again once the worker has opened the file, and so after Qt
-    // SQL's own globals: exit handlers run in reverse order of registration,
-    // and this one must run while the connection it drains still exists.
+    // SQL's own clean-up, which closes every connection: both kinds of
+    // handlers run in reverse order of registration, and ours must run while
+    // the connection it drains is still there.
     m_queued.ref();
     QMetaObject::invokeMethod(
-        m_worker, [] { std::atexit(stopInstance); }, Qt::QueuedConnection);
+        m_worker,
+        [] {
+            qAddPostRoutine(stopInstance);
+            std::atexit(stopInstance);
+        },
+        Qt::QueuedConnection);
 }
 
 DBManager::~DBManager()
