@@ -162,7 +162,6 @@ private slots:
     void firstAndSecondStart();
     void ladder_data();
     void ladder();
-    void unopenableLocationIsLogged();
     void unusableFileIsMovedAside_data();
     void unusableFileIsMovedAside();
     void trims_data();
@@ -325,20 +324,6 @@ void TestDbInit::ladder()
     stored.sort();
     urls.replaceInStrings(QStringLiteral("ACE"), host).sort();
     QCOMPARE(stored, urls);
-}
-
-void TestDbInit::unopenableLocationIsLogged()
-{
-    TempProfile profile;
-    // A plain file where the data directory's parent should be: the start gives up after saying so.
-    const QString parent = QFileInfo(profile.dataLocation()).absolutePath();
-    QVERIFY(QDir().mkpath(QFileInfo(parent).absolutePath()));
-    QVERIFY(QFile(parent).open(QIODevice::WriteOnly));
-    LogCapture log("browser.app.storage");
-    DBWorker().init();
-    QCOMPARE(log.startingWith(QStringLiteral("Can't create directory")).size(), 1);
-    QCOMPARE(log.startingWith(QStringLiteral("Failed to open database")).size(), 1);
-    QCOMPARE(log.messages().size(), 2);
 }
 
 void TestDbInit::unusableFileIsMovedAside_data()

@@ -317,36 +317,6 @@ private slots:
         }
     }
 
-    void bookmarkedUrlsAreSplicedAsLiterals_data()
-    {
-        QTest::addColumn<QStringList>("bookmarks");
-        QTest::addColumn<bool>("isPrivate");
-        QTest::addColumn<QString>("expected"); // the tab's entries, newest first
-        QTest::newRow("no bookmarks") << QStringList() << false << "p%2%3 it's a";
-        QTest::newRow("quote and placeholders")
-            << QStringList { QStringLiteral("it's"), QStringLiteral("p%2%3") } << false << "p%2%3* it's* a";
-        QTest::newRow("injection attempt")
-            << QStringList { QStringLiteral("x') OR 1=1 OR link.url IN ('y") } << false << "p%2%3 it's a";
-        // Bookmarks live in the file but mark private entries too.
-        QTest::newRow("private tab") << QStringList { QStringLiteral("a"), QStringLiteral("it's") } << true
-                                     << "p%2%3 it's* a*";
-    }
-
-    void bookmarkedUrlsAreSplicedAsLiterals()
-    {
-        QFETCH(QStringList, bookmarks);
-        QFETCH(bool, isPrivate);
-        QFETCH(QString, expected);
-        QCOMPARE(sql(QStringLiteral("DELETE FROM bookmark_node")), QString());
-        for (const QString& url : bookmarks)
-            sql(QStringLiteral("INSERT INTO bookmark_node (title, url) VALUES ('b', ?)"), { url });
-        visit(w(), QStringLiteral("1a,1it's,1p%2%3"), isPrivate);
-        QSignalSpy spy(&w(), &DBWorker::tabHistoryAvailable);
-        w().getTabHistory(1, QString(), QDateTime(), QDateTime(), isPrivate);
-        QCOMPARE(spy.count(), 1);
-        QCOMPARE(join(spy[0][1]), expected);
-    }
-
     void clearTabHistoryKeepsCurrentEntries_data()
     {
         QTest::addColumn<int>("tabId");
@@ -384,72 +354,6 @@ private slots:
         QCOMPARE(spy.count(), 1);
         QCOMPARE(spy[0][0].toInt(), 2);
         QCOMPARE(join(spy[0][1]), reread);
-    }
-
-    void titlesAndWarnings_data()
-    {
-        QTest::addColumn<QString>("operation");
-        QTest::addColumn<QString>("url");
-        QTest::addColumn<QString>("dropped"); // table dropped before the operation
-        QTest::addColumn<bool>("isPrivate");
-        QTest::addColumn<QString>("warning"); // start of the expected warning; none: the title changes
-        const QString none,
-            noLink = QStringLiteral("void DBWorker::updateTabHistoryTitle(int, const QString&, "
-                                    "const QString&, bool) No link found for tabId");
-        // clang-format off
-        QTest::newRow("title of the current entry") << "title" << "b" << none << false << none;
-        QTest::newRow("title of the current entry, private") << "title" << "b" << none << true << none;
-        QTest::newRow("title of an earlier entry") << "title" << "a" << none << false << noLink;
-        QTest::newRow("title of another tab's entry") << "title" << "x" << none << false << noLink;
-        QTest::newRow("visit without link table") << "visit" << "c" << "link" << true
-            << "void DBWorker::addToTabHistory(int, const QString&, const QString&, bool) failed to add url "
-               "to tab history";
-        QTest::newRow("entry rewrite without link table") << "entry" << "c" << "link" << true
-            << "void DBWorker::updateTabHistoryEntry(int, const QString&, const QString&, bool) Failed to "
-               "update tab history entry";
-        QTest::newRow("history title without history table") << "history" << "a" << "browser_history" << false
-            << "void DBWorker::updateHistoryTitle(const QString&, const QString&) Failed to add title to "
-               "browser history";
-        // clang-format on
-    }
-
-    void titlesAndWarnings()
-    {
-        QFETCH(QString, operation);
-        QFETCH(QString, url);
-        QFETCH(QString, dropped);
-        QFETCH(bool, isPrivate);
-        QFETCH(QString, warning);
-        visit(w(), QStringLiteral("1a:old,2x:old,1b:old"), isPrivate);
-        if (!dropped.isEmpty())
-            QCOMPARE(sql(QStringLiteral("DROP TABLE ") + dropped, {}, isPrivate), QString());
-        const QString tabsSql = QStringLiteral("SELECT *, (SELECT COUNT(*) FROM tab_history) FROM tab");
-        const QString titlesSql = QStringLiteral("SELECT url || title FROM link");
-        const QString tabs = sql(tabsSql, {}, isPrivate);
-        const QString titles = sql(titlesSql, {}, isPrivate);
-        QSignalSpy spies[]
-            = { { &w(), &DBWorker::tabHistoryTitleChanged }, { &w(), &DBWorker::linkAddedToTabHistory },
-                  { &w(), &DBWorker::tabHistoryEntryChanged }, { &w(), &DBWorker::historyTitleChanged } };
-        LogCapture log("browser.app.storage");
-        if (operation == QLatin1String("title"))
-            w().updateTabHistoryTitle(1, url, QStringLiteral("new"), isPrivate);
-        else if (operation == QLatin1String("visit"))
-            w().addToTabHistory(1, url, QString(), isPrivate);
-        else if (operation == QLatin1String("entry"))
-            w().updateTabHistoryEntry(1, url, QStringLiteral("new"), isPrivate);
-        else
-            w().updateHistoryTitle(url, QStringLiteral("new"));
-        const QStringList warnings = log.messages(QtWarningMsg);
-        QCOMPARE(warnings.value(warnings.size() - 1).left(warning.size()), warning);
-        QCOMPARE(warnings.isEmpty(), warning.isEmpty());
-        QCOMPARE(spies[0].count() + spies[1].count() + spies[2].count() + spies[3].count(),
-            warning.isEmpty() ? 1 : 0);
-        if (warning.isEmpty())
-            QCOMPARE(spies[0].value(0), (QVariantList { 1, url, QStringLiteral("new") }));
-        // No entry was added and every tab still shows the entry it showed.
-        QCOMPARE(sql(tabsSql, {}, isPrivate), tabs);
-        QCOMPARE(
-            sql(titlesSql, {}, isPrivate), warning.isEmpty() ? QStringLiteral("aold xold bnew") : titles);
     }
 
     void tabStrip_data()
