@@ -194,8 +194,9 @@ QString TestBookmarks::step(bool& treeRead, int& listed)
     }
     Node& node = m_tree[first];
     node.title = QStringLiteral("renamed %1").arg(++m_counter);
-    m_worker->updateBookmarkNode(
-        first, node.folder ? QStringLiteral("") : QStringLiteral("https://renamed.example/"), node.title);
+    // A bookmark whose address is cleared stays a bookmark.
+    m_worker->updateBookmarkNode(first,
+        node.folder || pick(2) ? QStringLiteral("") : QStringLiteral("https://renamed.example/"), node.title);
     treeRead = false, listed = -1;
     return what + QLatin1String(" renamed");
 }
