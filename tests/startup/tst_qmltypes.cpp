@@ -13,7 +13,6 @@ private slots:
     void initTestCase() { registerQmlTypes(); }
     void reachableFromQml_data();
     void reachableFromQml();
-    void namesAreUnique();
 };
 
 void TestQmlTypes::reachableFromQml_data()
@@ -57,15 +56,6 @@ void TestQmlTypes::reachableFromQml()
         QScopedPointer<QObject> second(again.create());
         QVERIFY(second);
         QCOMPARE(second->property("it").value<QObject*>(), object->property("it").value<QObject*>());
-    }
-}
-
-void TestQmlTypes::namesAreUnique()
-{
-    QSet<QString> names;
-    for (const QmlTypeEntry& entry : qmlTypeEntries()) {
-        QVERIFY2(!names.contains(QString::fromLatin1(entry.name)), entry.name);
-        names.insert(QString::fromLatin1(entry.name));
     }
 }
 
