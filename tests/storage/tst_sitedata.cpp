@@ -76,22 +76,15 @@ void TestSiteData::permissions_data()
 
     // clang-format off
     QTest::newRow("add, negative means none") << false << "add" << QList<int> { 1, -1, 1, -1, 0, -1, 1 } << "1 - 1 - 0 - 1" << 2;
-    QTest::newRow("add, short list") << false << "add" << QList<int> { 1, 0 } << "1 0 - - - - -" << 2;
     QTest::newRow("add again replaces") << true << "add" << QList<int> { 0, -1, 2, 0, -1, 2, 0 } << "0 - 2 0 - 2 0" << 2;
     QTest::newRow("camera") << true << "update" << QList<int> { 0, 1 } << "1 2 2 2 2 2 2" << 2;
-    QTest::newRow("microphone") << true << "update" << QList<int> { 1, 0 } << "2 0 2 2 2 2 2" << 2;
-    QTest::newRow("geolocation") << true << "update" << QList<int> { 2, 1 } << "2 2 1 2 2 2 2" << 2;
-    QTest::newRow("notification") << true << "update" << QList<int> { 3, 0 } << "2 2 2 0 2 2 2" << 2;
     QTest::newRow("screen capture") << true << "update" << QList<int> { 4, 1 } << "2 2 2 2 1 2 2" << 2;
     QTest::newRow("reset to none") << true << "update" << QList<int> { 2, -1 } << "2 2 - 2 2 2 2" << 2;
     // Popups and cookies change only with the whole set.
     QTest::newRow("popups untouched") << true << "update" << QList<int> { 5, 1 } << "2 2 2 2 2 2 2" << 2;
-    QTest::newRow("cookies untouched") << true << "update" << QList<int> { 6, 0 } << "2 2 2 2 2 2 2" << 2;
     QTest::newRow("unseen site gets a site row only") << false << "update" << QList<int> { 0, 1 } << "" << 2;
     QTest::newRow("revoke") << true << "revoke" << QList<int> {} << "- - - - - - -" << 2;
-    QTest::newRow("revoke unseen records nothing") << false << "revoke" << QList<int> {} << "" << 1;
     QTest::newRow("remove") << true << "remove" << QList<int> {} << "" << 2;
-    QTest::newRow("remove unseen records nothing") << false << "remove" << QList<int> {} << "" << 1;
     // clang-format on
 }
 
