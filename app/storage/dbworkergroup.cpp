@@ -20,8 +20,8 @@ namespace
 {
 // A burst of visits commits at least this often, so that answers keep coming
 // and a crash in a long burst costs at most this much of it.
-constexpr int maxGroupSize = 1000;
-constexpr qint64 maxGroupAgeMs = 200;
+constexpr int maxGroupSize = 4000;
+constexpr qint64 maxGroupAgeMs = 500;
 
 sqlite3* sqliteHandle(const QSqlDatabase& db)
 {
