@@ -76,6 +76,7 @@ CachedQuery DBWorker::prepare(const QString& sql, bool isPrivate)
     CachedQuery query = (isPrivate ? m_privateStatements : m_fileStatements).take(sql, &prepared);
     if (!prepared) {
         qCWarning(lcStorage) << prepareSignature << "failed to prepare query" << sql << query.lastError();
+        m_statementFailed = true;
         checkDamage(query.lastError());
     }
     return query;
@@ -87,6 +88,7 @@ bool DBWorker::execute(CachedQuery& query)
         return true;
     qCWarning(lcStorage) << executeSignature << "failed execute query" << query.lastQuery()
                          << query.lastError();
+    m_statementFailed = true;
     checkDamage(query.lastError());
     return false;
 }

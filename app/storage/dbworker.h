@@ -237,6 +237,8 @@ private:
     QAtomicInt* m_queued = nullptr;
     bool m_inGroup = false;
     bool m_recovering = false;
+    // Whether a statement of the request running now failed.
+    bool m_statementFailed = false;
     int m_groupSize = 0;
     QElapsedTimer m_groupAge;
     std::vector<std::function<void()>> m_held;

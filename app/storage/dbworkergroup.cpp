@@ -40,6 +40,7 @@ bool DBWorker::event(QEvent* event)
     const int behind = m_queued->fetchAndSubOrdered(1) - 1;
     if (!m_inGroup && behind > 0 && m_opened)
         beginGroup();
+    m_statementFailed = false;
     const bool handled = QObject::event(event);
     if (!m_inGroup)
         return handled;
@@ -47,7 +48,7 @@ bool DBWorker::event(QEvent* event)
     // Only I/O errors, a full disk or a lost lock make SQLite roll back the
     // whole transaction instead of the failing statement; the answers held
     // for it would then claim rows that are not there.
-    sqlite3* handle = sqliteHandle(database(false));
+    sqlite3* handle = m_statementFailed ? sqliteHandle(database(false)) : nullptr;
     if (handle && sqlite3_get_autocommit(handle)) {
         qCWarning(lcStorage) << "a group of storage requests was rolled back by SQLite;" << m_held.size()
                              << "answers withheld";

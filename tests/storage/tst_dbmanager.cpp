@@ -74,6 +74,7 @@ private slots:
     void writesQueuedBeforeQuitAreKept();
     void killedBurstKeepsEveryAnsweredVisit_data();
     void killedBurstKeepsEveryAnsweredVisit();
+    void failingRequestInBurstEndsOnlyItself_data();
     void failingRequestInBurstEndsOnlyItself();
     void everyOperationAndAnswerCrossesTheThread();
     void cleanupTestCase();
@@ -210,32 +211,52 @@ void TestDbManager::killedBurstKeepsEveryAnsweredVisit()
         >= last);
 }
 
+void TestDbManager::failingRequestInBurstEndsOnlyItself_data()
+{
+    QTest::addColumn<QString>("raise");
+    QTest::addColumn<int>("tabId");
+    QTest::newRow("statement undone") << QStringLiteral("ABORT") << 31;
+    QTest::newRow("whole transaction undone") << QStringLiteral("ROLLBACK") << 32;
+}
+
 void TestDbManager::failingRequestInBurstEndsOnlyItself()
 {
     // One visit of a burst is refused by the file half-way through its
-    // statements: its link row stays, its tab history row and its answer do not,
-    // and every other visit of the burst is written and answered.
+    // statements. Undone on its own, its link row stays, its tab history row
+    // and its answer do not, and every other visit is written and answered.
+    // When SQLite undoes the whole transaction instead, no answer may claim a
+    // row that is not in the file.
+    QFETCH(QString, raise);
+    QFETCH(int, tabId);
     DBManager* manager = DBManager::instance();
+    const QString refused = QStringLiteral("https://refused%1.example/").arg(tabId);
     DbFileProbe(DBWorker::databaseFilePath())
-        .exec(QStringLiteral("CREATE TRIGGER refuse BEFORE INSERT ON tab_history WHEN (SELECT url FROM link "
-                             "WHERE link_id = NEW.link_id) = 'https://refused.example/' BEGIN SELECT "
-                             "RAISE(ABORT, 'refused'); END;"));
+        .exec(
+            QStringLiteral("CREATE TRIGGER refuse%1 BEFORE INSERT ON tab_history WHEN (SELECT url FROM link "
+                           "WHERE link_id = NEW.link_id) = '%2' BEGIN SELECT RAISE(%3, 'refused'); END;")
+                .arg(tabId)
+                .arg(refused, raise));
     QSignalSpy added(manager, &DBManager::linkAddedToTabHistory);
     QSignalSpy history(manager, &DBManager::tabHistoryAvailable);
     for (int i = 0; i < 201; ++i) {
-        const QString url = i == 100 ? QStringLiteral("https://refused.example/")
-                                     : QStringLiteral("https://burst%1.example/").arg(i);
-        manager->addToTabHistory(31, url, QStringLiteral("t"), false);
+        manager->addToTabHistory(tabId,
+            i == 100 ? refused : QStringLiteral("https://burst%1.example/%2").arg(tabId).arg(i),
+            QStringLiteral("t"), false);
     }
-    manager->getTabHistory(31, QString(), QDateTime(), QDateTime(), false);
+    manager->getTabHistory(tabId, QString(), QDateTime(), QDateTime(), false);
     QVERIFY(history.wait(10000));
-    QCOMPARE(added.size(), 200);
     const auto links = history.first().at(1).value<QList<Link>>();
-    QCOMPARE(links.size(), 200);
-    QCOMPARE(links.first().url, QStringLiteral("https://burst200.example/"));
+    QCOMPARE(added.size(), links.size());
+    QCOMPARE(links.first().url, QStringLiteral("https://burst%1.example/200").arg(tabId));
     DbFileProbe db(DBWorker::databaseFilePath());
-    QCOMPARE(db.value(QStringLiteral("SELECT COUNT(*) FROM link WHERE url = 'https://refused.example/';")),
-        QVariant(QStringLiteral("1")));
+    QCOMPARE(
+        db.value(QStringLiteral("SELECT COUNT(*) FROM tab_history WHERE tab_id = %1;").arg(tabId)).toInt(),
+        links.size());
+    if (raise == QLatin1String("ABORT")) {
+        QCOMPARE(links.size(), 200);
+        QCOMPARE(db.value(QStringLiteral("SELECT COUNT(*) FROM link WHERE url = '%1';").arg(refused)),
+            QVariant(QStringLiteral("1")));
+    }
 }
 
 // One row of the operation table: the slot's name and a call of it.
