@@ -5,12 +5,13 @@
  * statement at a time, with no threads and no Qt. The baseline for the
  * end-to-end figure of bench_pagevisit.
  *
- *   bench_pagevisit_raw <database file> <wal|delete> [visits] [reuse|prepare]
+ *   bench_pagevisit_raw <database file> <wal|delete> [visits] [reuse|prepare] [burst]
  *
  * wal:    journal_mode=WAL, synchronous=NORMAL (the browser's settings)
  * delete: journal_mode=DELETE, synchronous=FULL (SQLite's defaults)
  * reuse:  statements prepared once and reset between visits (default)
  * prepare: every statement prepared for each use, as Qt's driver does
+ * burst:  all visits inside one transaction (the floor for a burst of visits)
  */
 #include <sqlite3.h>
 
@@ -190,12 +191,13 @@ static int compare(const void* a, const void* b)
 int main(int argc, char** argv)
 {
     if (argc < 3) {
-        fprintf(stderr, "usage: %s <database file> <wal|delete> [visits] [reuse|prepare]\n", argv[0]);
+        fprintf(stderr, "usage: %s <database file> <wal|delete> [visits] [reuse|prepare] [burst]\n", argv[0]);
         return 2;
     }
     const int wal = strcmp(argv[2], "wal") == 0;
     const int visits = argc > 3 ? atoi(argv[3]) : 2000;
     reuse = !(argc > 4 && strcmp(argv[4], "prepare") == 0);
+    const int burst = argc > 5 && strcmp(argv[5], "burst") == 0;
 
     remove(argv[1]);
     if (sqlite3_open(argv[1], &db) != SQLITE_OK) {
@@ -216,6 +218,8 @@ int main(int argc, char** argv)
     double* us = malloc(sizeof(double) * visits);
     char url[128], title[64];
     const double begin = monotonicUs();
+    if (burst)
+        sqlite3_exec(db, "BEGIN;", NULL, NULL, NULL);
     for (int i = 0; i < visits; ++i) {
         /* Fifty sites, ten tabs; every fifth visit goes back to a page seen before. */
         snprintf(url, sizeof url, "https://site%d.example.com/page/%d", i % 50, i % 5 == 4 ? i - 4 : i);
@@ -224,11 +228,16 @@ int main(int argc, char** argv)
         visit(1 + i % 10, url, title, startOfDay);
         us[i] = monotonicUs() - start;
     }
+    if (burst && sqlite3_exec(db, "COMMIT;", NULL, NULL, NULL) != SQLITE_OK) {
+        fprintf(stderr, "commit failed: %s\n", sqlite3_errmsg(db));
+        return 1;
+    }
     const double total = monotonicUs() - begin;
     qsort(us, visits, sizeof *us, compare);
-    printf("raw sqlite3, %s, %s statements: %d visits, median %.1f us, mean %.1f us, p90 %.1f us\n",
+    printf("raw sqlite3, %s, %s statements%s: %d visits, median %.1f us, mean %.1f us, p90 %.1f us\n",
         wal ? "WAL + synchronous=NORMAL" : "DELETE journal + synchronous=FULL",
-        reuse ? "reused" : "re-prepared", visits, us[visits / 2], total / visits, us[visits * 9 / 10]);
+        reuse ? "reused" : "re-prepared", burst ? ", one transaction" : "", visits, us[visits / 2],
+        total / visits, us[visits * 9 / 10]);
     for (int i = 0; i < StatementCount; ++i)
         sqlite3_finalize(cached[i]);
     sqlite3_close(db);

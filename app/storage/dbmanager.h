@@ -2,6 +2,7 @@
 
 #include "records.h"
 
+#include <QAtomicInt>
 #include <QDateTime>
 #include <QObject>
 #include <QSet>
@@ -23,9 +24,14 @@ public:
     static DBManager* instance();
     ~DBManager() override;
 
-    // Lets the worker finish every request queued so far, then stops its
-    // thread. Runs by itself when the application quits; afterwards requests
-    // are dropped. Safe to call more than once.
+    // Returns once every request queued so far has run and its writes are
+    // committed. The thread keeps running. Done by itself when the application
+    // quits and when it is destroyed.
+    void drain();
+    // Drains, then stops the storage thread for good. Done by itself when the
+    // application object is destroyed (or at exit, without one); a request
+    // made later cannot run any more and is logged as such. Safe to call more
+    // than once.
     void shutdown();
 
 public slots:
@@ -155,6 +161,14 @@ signals:
 private:
     explicit DBManager(QObject* parent = nullptr);
 
+    // Queues one request to the worker, counted so that it can see a burst.
+    bool post(const char* method, QGenericArgument a0 = QGenericArgument(nullptr),
+        QGenericArgument a1 = QGenericArgument(), QGenericArgument a2 = QGenericArgument(),
+        QGenericArgument a3 = QGenericArgument(), QGenericArgument a4 = QGenericArgument());
+
     QThread m_thread;
     DBWorker* m_worker = nullptr;
+    // Requests queued and not started; shared with the worker.
+    QAtomicInt m_queued;
+    bool m_stopped = false;
 };

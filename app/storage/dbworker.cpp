@@ -12,9 +12,6 @@
 namespace
 {
 const QString databaseFileName = QStringLiteral("browser-app.sqlite");
-// Primary result codes of SQLite for a file that is not (or no longer) a database.
-constexpr int sqliteCorrupt = 11;
-constexpr int sqliteNotADatabase = 26;
 
 // The signatures under which these two warnings have always been logged; log
 // filters and readers key on them, whatever type carries the statement.
@@ -77,8 +74,11 @@ CachedQuery DBWorker::prepare(const QString& sql, bool isPrivate)
     // per-visit statements, so each connection keeps the ones it ran.
     bool prepared = false;
     CachedQuery query = (isPrivate ? m_privateStatements : m_fileStatements).take(sql, &prepared);
-    if (!prepared)
+    if (!prepared) {
         qCWarning(lcStorage) << prepareSignature << "failed to prepare query" << sql << query.lastError();
+        m_statementFailed = true;
+        checkDamage(query.lastError());
+    }
     return query;
 }
 
@@ -88,6 +88,8 @@ bool DBWorker::execute(CachedQuery& query)
         return true;
     qCWarning(lcStorage) << executeSignature << "failed execute query" << query.lastQuery()
                          << query.lastError();
+    m_statementFailed = true;
+    checkDamage(query.lastError());
     return false;
 }
 
@@ -107,52 +109,10 @@ bool DBWorker::openConnections()
         qCWarning(lcStorage) << "Failed to open database " << db.lastError();
         return false;
     }
-    if (!recoverUnusableFile(db))
+    if (!probeFile())
         return false;
     if (!privateDb.open())
         qCWarning(lcStorage) << "Failed to open private database " << privateDb.lastError();
-    return true;
-}
-
-bool DBWorker::recoverUnusableFile(QSqlDatabase& db)
-{
-    // SQLite opens any file lazily; the first read of the schema is what tells
-    // a damaged or foreign file apart. Only those two answers mean the file
-    // itself is at fault: anything else (a full disk, a lock) must not cost the
-    // user their history.
-    int code = 0;
-    {
-        QSqlQuery probe(db);
-        if (probe.exec(QStringLiteral("SELECT COUNT(*) FROM sqlite_master;")))
-            return true;
-        code = probe.lastError().nativeErrorCode().toInt() & 0xff;
-        if (code != sqliteNotADatabase && code != sqliteCorrupt)
-            return true;
-        qCWarning(lcStorage) << "Database file is unusable:" << probe.lastError();
-    }
-    m_fileStatements.clear();
-    db.close();
-
-    const QString path = db.databaseName();
-    const QString stamp = QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd-HHmmss"));
-    QString aside = path + QStringLiteral(".corrupt-") + stamp;
-    for (int n = 1; QFile::exists(aside); ++n)
-        aside = path + QStringLiteral(".corrupt-") + stamp + QLatin1Char('-') + QString::number(n);
-    if (QFile::rename(path, aside)) {
-        // The journal files belong to the damaged file; a fresh database must not replay them.
-        for (const QString& suffix : { QStringLiteral("-wal"), QStringLiteral("-shm") }) {
-            if (QFile::exists(path + suffix))
-                QFile::rename(path + suffix, aside + suffix);
-        }
-        qCWarning(lcStorage) << "Moved unusable database aside to" << aside << "and started a fresh one";
-    } else {
-        qCWarning(lcStorage) << "Failed to move unusable database aside" << path;
-    }
-
-    if (!db.open()) {
-        qCWarning(lcStorage) << "Failed to open database " << db.lastError();
-        return false;
-    }
     return true;
 }
 

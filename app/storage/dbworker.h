@@ -1,5 +1,6 @@
 #pragma once
 
+#include "localday.h"
 #include "records.h"
 #include "statementcache.h"
 
@@ -7,9 +8,15 @@
 #include <QObject>
 #include <QSet>
 #include <QSqlDatabase>
+#include <QSqlError>
 #include <QStringList>
 
+#include <QAtomicInt>
+#include <QElapsedTimer>
+
+#include <functional>
 #include <optional>
+#include <vector>
 
 // Owns both SQLite connections (the profile's file and the private in-memory
 // twin used by incognito tabs) and runs every storage operation. It lives on the
@@ -31,6 +38,16 @@ public:
     // An SQL string literal with every quote doubled, for the few statements
     // that splice text instead of binding it.
     static QString sqlLiteral(const QString& text);
+
+    // Requests queued to this worker and not started yet, counted by whoever
+    // queues them (DBManager). With it the worker sees a burst and writes it
+    // in one transaction; without it every statement commits on its own.
+    void setQueueCounter(QAtomicInt* counter) { m_queued = counter; }
+    // Commits the open group of writes, if any, and sends the answers held for it.
+    void commitPending();
+
+protected:
+    bool event(QEvent* event) override;
 
 public slots:
     // Opens, creates, migrates, fills and trims. Queued first by DBManager.
@@ -159,6 +176,16 @@ signals:
     void deviceModeAvailable(const QString& domain, int deviceMode, bool isPrivate);
 
 private:
+    // Sends an answer now, or once the writes before it are committed when a
+    // group of requests shares one transaction.
+    void deliver(std::function<void()> emission);
+    void beginGroup();
+    // Stops using a file SQLite reports as damaged: moves it aside and starts
+    // a fresh one in its place (dbworkerrecovery.cpp).
+    void checkDamage(const QSqlError& error);
+    // Closes the file, moves it aside and opens a new one at the same path.
+    bool replaceDamagedFile();
+
     // The connection an operation runs on.
     QSqlDatabase database(bool isPrivate) const;
     // A statement on the chosen connection, from its cache when one is idle.
@@ -169,8 +196,9 @@ private:
 
     // ---- database set-up and migrations (dbworker.cpp, dbmigrations.cpp) ----
     bool openConnections();
-    // Moves a file SQLite cannot read out of the way so that a fresh one takes its place.
-    bool recoverUnusableFile(QSqlDatabase& db);
+    // Reads the schema once: a damaged or foreign file is found here at the
+    // latest and replaced. False when no usable file could be had.
+    bool probeFile();
     void configureFileConnection();
     void createTables(const QSqlDatabase& db);
     void createIndexes(bool isPrivate);
@@ -205,6 +233,15 @@ private:
 
     QString m_mainConnection;
     bool m_opened = false;
+    LocalDay m_localDay;
+    QAtomicInt* m_queued = nullptr;
+    bool m_inGroup = false;
+    bool m_recovering = false;
+    // Whether a statement of the request running now failed.
+    bool m_statementFailed = false;
+    int m_groupSize = 0;
+    QElapsedTimer m_groupAge;
+    std::vector<std::function<void()>> m_held;
     // Declared after the connection name they are built from.
     StatementCache m_fileStatements;
     StatementCache m_privateStatements;

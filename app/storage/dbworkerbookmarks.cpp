@@ -1,7 +1,7 @@
 #include "dbworker.h"
 
-#include "utils/filepathutils.h"
 #include "utils/logcategories.h"
+#include "utils/urlparts.h"
 
 #include <QVariant>
 
@@ -102,8 +102,19 @@ void DBWorker::addBookmarkNode(int parentId, const QString& url, const QString& 
 
 void DBWorker::updateBookmarkNode(int id, const QString& url, const QString& title)
 {
+    // Only a folder keeps a NULL url: a bookmark whose address is cleared stays
+    // a bookmark (with an empty one) instead of turning into an empty folder.
+    bool folder = false;
+    if (url.isEmpty()) {
+        auto kind = prepare(QStringLiteral("SELECT url IS NULL FROM bookmark_node WHERE id = ?;"), false);
+        kind.addBindValue(id);
+        if (!execute(kind))
+            return;
+        folder = kind.next() && kind.value(0).toBool();
+        kind.finish();
+    }
     auto query = prepare(QStringLiteral("UPDATE bookmark_node SET url = ?, title = ? WHERE id = ?;"), false);
-    query.addBindValue(urlValue(url));
+    query.addBindValue(folder ? QVariant(QVariant::String) : QVariant(url));
     query.addBindValue(title);
     query.addBindValue(id);
     execute(query);
@@ -317,7 +328,7 @@ void DBWorker::getBookmarkTree()
         node.children = query.value(3).toInt();
         nodes.append(node);
     }
-    emit bookmarksTreeAvailable(nodes);
+    deliver([=] { emit bookmarksTreeAvailable(nodes); });
 }
 
 void DBWorker::getBookmarks(int folderId, const QString& filter)
@@ -349,7 +360,7 @@ void DBWorker::getBookmarks(int folderId, const QString& filter)
         bookmark.url = query.value(2).toString();
         bookmarks.append(bookmark);
     }
-    emit bookmarksAvailable(bookmarks);
+    deliver([=] { emit bookmarksAvailable(bookmarks); });
 }
 
 void DBWorker::isBookmarked(const QString& url)
@@ -358,7 +369,8 @@ void DBWorker::isBookmarked(const QString& url)
     query.addBindValue(url);
     if (!execute(query))
         return;
-    emit bookmarkedAvailable(query.next());
+    const bool bookmarked = query.next();
+    deliver([=] { emit bookmarkedAvailable(bookmarked); });
 }
 
 void DBWorker::getBookmarkData(const QString& url)
@@ -371,8 +383,10 @@ void DBWorker::getBookmarkData(const QString& url)
     // No row: the url is no bookmark and the asker keeps its "none" state.
     if (!execute(query) || !query.next())
         return;
-    emit bookmarkDataAvailable(
-        query.value(0).toInt(), url, query.value(1).toString(), query.value(2).toInt());
+    const int id = query.value(0).toInt();
+    const QString title = query.value(1).toString();
+    const int parentId = query.value(2).toInt();
+    deliver([=] { emit bookmarkDataAvailable(id, url, title, parentId); });
 }
 
 int DBWorker::migratedBookmarksFolder(const QString& folderTitle)
@@ -405,7 +419,7 @@ void DBWorker::migrateBookmark(const QString& title, const QString& url, const Q
 
     auto icon = prepare(
         QStringLiteral("INSERT OR IGNORE INTO favicons (base_url, favicon, date) VALUES (?, ?, ?);"), false);
-    icon.addBindValue(FilePathUtils::instance()->getBaseUrl(url));
+    icon.addBindValue(UrlParts::baseUrl(url));
     icon.addBindValue(favicon);
     icon.addBindValue(QDateTime::currentMSecsSinceEpoch());
     if (!execute(icon))

@@ -94,7 +94,7 @@ void DBWorker::getHistory(const QString& filter, const QDateTime& start, const Q
     QList<Link> links;
     while (query.next())
         links.append(historyLink(query));
-    emit historyAvailable(links, filter, start, end);
+    deliver([=] { emit historyAvailable(links, filter, start, end); });
 }
 
 void DBWorker::addHistoryEntry(const QString& url, const QString& title)
@@ -102,8 +102,8 @@ void DBWorker::addHistoryEntry(const QString& url, const QString& title)
     qCDebug(lcStorage) << Q_FUNC_INFO << "url:" << url << "title:" << title;
 
     // One row per url and local calendar day: a visit after midnight starts a new row.
-    const qint64 startOfToday = QDateTime(QDate::currentDate(), QTime(0, 0)).toMSecsSinceEpoch();
     const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    const qint64 startOfToday = m_localDay.startOfDay(now);
 
     auto select = prepare(
         QStringLiteral(
@@ -174,7 +174,7 @@ void DBWorker::updateHistoryTitle(const QString& url, const QString& title)
         qCWarning(lcStorage) << Q_FUNC_INFO << "Failed to add title to browser history" << url << title;
         return;
     }
-    emit historyTitleChanged(url, title);
+    deliver([=] { emit historyTitleChanged(url, title); });
 }
 
 void DBWorker::getMostVisitedLinks(int count)
@@ -192,7 +192,7 @@ void DBWorker::getMostVisitedLinks(int count)
     QList<Link> links;
     while (query.next())
         links.append(historyLink(query));
-    emit mostVisitedLinksAvailable(links);
+    deliver([=] { emit mostVisitedLinksAvailable(links); });
 }
 
 void DBWorker::removeMostVisitedLink(const QString& url)
@@ -258,7 +258,7 @@ void DBWorker::getTabHistory(
             currentLinkId = link.id;
         links.append(link);
     }
-    emit tabHistoryAvailable(tabId, links, currentLinkId);
+    deliver([=] { emit tabHistoryAvailable(tabId, links, currentLinkId); });
 }
 
 void DBWorker::addToTabHistory(int tabId, const QString& url, const QString& title, bool isPrivate)
@@ -286,7 +286,7 @@ void DBWorker::addToTabHistory(int tabId, const QString& url, const QString& tit
         return;
     }
     updateTab(tabId, tabHistoryId, isPrivate);
-    emit linkAddedToTabHistory();
+    deliver([=] { emit linkAddedToTabHistory(); });
 }
 
 void DBWorker::goBack(int tabId, bool isPrivate)
@@ -400,7 +400,7 @@ void DBWorker::updateTabHistoryTitle(int tabId, const QString& url, const QStrin
         qCWarning(lcStorage) << Q_FUNC_INFO << "Failed to update link's title" << linkId << title;
         return;
     }
-    emit tabHistoryTitleChanged(tabId, url, title);
+    deliver([=] { emit tabHistoryTitleChanged(tabId, url, title); });
 }
 
 void DBWorker::updateTabHistoryEntry(
@@ -416,7 +416,7 @@ void DBWorker::updateTabHistoryEntry(
         qCWarning(lcStorage) << Q_FUNC_INFO << "Failed to update tab history entry" << tabHistoryId << url;
         return;
     }
-    emit tabHistoryEntryChanged(tabHistoryId, url, title);
+    deliver([=] { emit tabHistoryEntryChanged(tabHistoryId, url, title); });
 }
 
 int DBWorker::createLink(const QString& url, bool isPrivate, const QString& title, const QString& thumbPath)

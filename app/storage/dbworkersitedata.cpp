@@ -95,7 +95,7 @@ void DBWorker::getPermissions()
         }
         permissions.append(row);
     }
-    emit permissionsAvailable(permissions);
+    deliver([=] { emit permissionsAvailable(permissions); });
 }
 
 void DBWorker::addPermissions(const QString& site, const QList<int>& policies)
@@ -208,7 +208,7 @@ void DBWorker::getSiteDprs(bool isPrivate)
         row.dpr = query.value(2).toDouble();
         dprs.append(row);
     }
-    emit siteDprsAvailable(dprs, isPrivate);
+    deliver([=] { emit siteDprsAvailable(dprs, isPrivate); });
 }
 
 void DBWorker::addDpr(const QString& site, double dpr, bool isPrivate)
@@ -226,7 +226,7 @@ void DBWorker::addDpr(const QString& site, double dpr, bool isPrivate)
     row.id = query.lastInsertId().toInt();
     row.site = key;
     row.dpr = dpr;
-    emit siteDprAdded(row, isPrivate);
+    deliver([=] { emit siteDprAdded(row, isPrivate); });
 }
 
 void DBWorker::updateDpr(const QString& site, double dpr, bool isPrivate)
@@ -284,7 +284,7 @@ void DBWorker::getDeviceMode(const QString& domain, bool isPrivate)
     if (!execute(query))
         return;
     const int mode = query.next() ? query.value(0).toInt() : -1;
-    emit deviceModeAvailable(domain, mode, isPrivate);
+    deliver([=] { emit deviceModeAvailable(domain, mode, isPrivate); });
 }
 
 // ---- search engines ----
@@ -304,7 +304,7 @@ void DBWorker::getSearchEngines()
         engine.editable = query.value(3).toBool();
         engines.append(engine);
     }
-    emit searchEnginesAvailable(engines);
+    deliver([=] { emit searchEnginesAvailable(engines); });
 }
 
 void DBWorker::addSearchEngine(const QString& name, const QString& url)
@@ -321,7 +321,7 @@ void DBWorker::addSearchEngine(const QString& name, const QString& url)
     engine.name = name;
     engine.url = url;
     engine.editable = true;
-    emit searchEngineAdded(engine);
+    deliver([=] { emit searchEngineAdded(engine); });
 }
 
 void DBWorker::updateSearchEngine(int id, const QString& name, const QString& url)
@@ -359,7 +359,7 @@ void DBWorker::getDownloads()
         download.status = query.value(4).toInt();
         downloads.append(download);
     }
-    emit downloadsAvailable(downloads);
+    deliver([=] { emit downloadsAvailable(downloads); });
 }
 
 void DBWorker::addDownload(const QString& path, const QString& url, const QString& cachedKey)
@@ -376,7 +376,7 @@ void DBWorker::addDownload(const QString& path, const QString& url, const QStrin
         remove.addBindValue(path);
         if (!execute(remove))
             return;
-        emit oldDownloadRemoved(oldId);
+        deliver([=] { emit oldDownloadRemoved(oldId); });
     }
 
     const qint64 lastModified = QDateTime::currentMSecsSinceEpoch();
@@ -395,7 +395,7 @@ void DBWorker::addDownload(const QString& path, const QString& url, const QStrin
     download.lastModified = QDateTime::fromMSecsSinceEpoch(lastModified);
     download.status = 0;
     download.cachedKey = cachedKey;
-    emit downloadAdded(download, path);
+    deliver([=] { emit downloadAdded(download, path); });
 }
 
 void DBWorker::setStatusDownload(const QString& path, int status)
@@ -444,7 +444,7 @@ void DBWorker::getPasswordExceptions()
     QHash<QString, int> exceptions;
     while (query.next())
         exceptions.insert(query.value(0).toString(), query.value(1).toInt());
-    emit passwordExceptionsAvailable(exceptions);
+    deliver([=] { emit passwordExceptionsAvailable(exceptions); });
 }
 
 void DBWorker::addException(const QString& url)
@@ -487,7 +487,7 @@ void DBWorker::getFavicons()
     QMap<QString, QString> favicons;
     while (query.next())
         favicons.insert(query.value(0).toString(), query.value(1).toString());
-    emit faviconsAvailable(favicons);
+    deliver([=] { emit faviconsAvailable(favicons); });
 }
 
 void DBWorker::setFavicon(const QString& baseUrl, const QString& favicon, bool replace)

@@ -1,7 +1,7 @@
 #include "dbworker.h"
 
-#include "utils/filepathutils.h"
 #include "utils/logcategories.h"
+#include "utils/urlparts.h"
 
 #include <QVariant>
 
@@ -46,7 +46,7 @@ void DBWorker::getTabs()
         tab.orderIndex = query.value(6).toInt();
         tabs.append(tab);
     }
-    emit tabsAvailable(tabs);
+    deliver([=] { emit tabsAvailable(tabs); });
 }
 
 void DBWorker::addTabs(
@@ -81,13 +81,15 @@ void DBWorker::addTabs(
         // Device modes are the user's per-site choice and are read from the file
         // even for private tabs (the private database holds a copy of them anyway).
         auto mode = prepare(QStringLiteral("SELECT device_mode FROM device_modes WHERE domain = ?"), false);
-        mode.addBindValue(FilePathUtils::instance()->getDomain(url));
+        mode.addBindValue(UrlParts::domain(url));
         if (!execute(mode))
             return;
         // The receiver applies the mode to the tab at the batch's index: every tab
         // of a batch reports that same index.
-        if (mode.next())
-            emit tabDeviceModeChanged(index, mode.value(0).toInt(), isPrivate);
+        if (mode.next()) {
+            const int deviceMode = mode.value(0).toInt();
+            deliver([=] { emit tabDeviceModeChanged(index, deviceMode, isPrivate); });
+        }
     }
 }
 

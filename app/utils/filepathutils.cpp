@@ -2,28 +2,12 @@
 
 #include "logcategories.h"
 #include "urlfilter.h"
+#include "urlparts.h"
 
 #include <QFileInfo>
-#include <QHostAddress>
 #include <QLocale>
 #include <QQmlEngine>
 #include <QUrl>
-#include <libpsl.h>
-
-namespace
-{
-// Users paste URLs with and without a scheme; a bare "example.com/page" must
-// still yield a host.
-QUrl toUrl(const QString& text)
-{
-    const QString trimmed = text.trimmed();
-    QUrl url(trimmed, QUrl::TolerantMode);
-    if (url.host().isEmpty() && !trimmed.contains(QLatin1String("://"))
-        && !trimmed.startsWith(QLatin1String("file:")))
-        url = QUrl::fromUserInput(trimmed);
-    return url;
-}
-} // namespace
 
 FilePathUtils::FilePathUtils(QObject* parent)
     : QObject(parent)
@@ -55,29 +39,12 @@ bool FilePathUtils::fileExists(const QString& path) const
 
 QString FilePathUtils::getBaseUrl(const QString& url) const
 {
-    return QUrl(url, QUrl::TolerantMode)
-        .adjusted(QUrl::RemovePath | QUrl::RemoveQuery | QUrl::RemoveFragment | QUrl::StripTrailingSlash)
-        .toString();
+    return UrlParts::baseUrl(url);
 }
 
 QString FilePathUtils::getDomain(const QString& url) const
 {
-    const QUrl parsed = toUrl(url);
-    const QString host = parsed.host(QUrl::FullyDecoded).toLower();
-    if (host.isEmpty())
-        return QString();
-    if (!QHostAddress(host).isNull())
-        return host;
-    // The list is matched on the ASCII form; the answer goes back in Unicode,
-    // the form in which hosts are stored.
-    const QByteArray ace = QUrl::toAce(host);
-    if (ace.isEmpty())
-        return host;
-    const psl_ctx_t* psl = psl_builtin();
-    const char* registrable = psl ? psl_registrable_domain(psl, ace.constData()) : nullptr;
-    if (!registrable)
-        return host;
-    return QUrl::fromAce(QByteArray(registrable));
+    return UrlParts::domain(url);
 }
 
 QString FilePathUtils::getCommonUrl(const QString& url) const
@@ -93,7 +60,7 @@ QString FilePathUtils::getCommonUrl(const QString& url) const
 
 QString FilePathUtils::getHost(const QString& url) const
 {
-    return toUrl(url).host(QUrl::FullyDecoded);
+    return UrlParts::host(url);
 }
 
 QString FilePathUtils::getReadableSize(qint64 bytes) const

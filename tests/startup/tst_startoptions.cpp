@@ -34,8 +34,6 @@ void TestStartOptions::resolveStartUrl_data()
     QTest::newRow("no arguments") << QStringList { prog } << false << QString() << QString() << false;
     QTest::newRow("desktop placeholder %U")
         << QStringList { prog, QStringLiteral("%U") } << false << QString() << QString() << false;
-    QTest::newRow("desktop placeholder %u")
-        << QStringList { prog, QStringLiteral("%u") } << false << QString() << QString() << false;
     QTest::newRow("option first, url option wins") << QStringList { prog, QStringLiteral("--url=x") } << false
                                                    << QString() << QStringLiteral("x") << false;
     QTest::newRow("url option after positional")
@@ -47,27 +45,15 @@ void TestStartOptions::resolveStartUrl_data()
         << QUrl::fromLocalFile(page).toString() << false;
     QTest::newRow("missing file kept as typed")
         << QStringList { prog, missing } << false << missing << missing << false;
-    QTest::newRow("bare word kept as typed")
-        << QStringList { prog, QStringLiteral("example") } << false << QStringLiteral("example")
-        << QStringLiteral("example") << false;
-    QTest::newRow("url with scheme untouched")
-        << QStringList { prog, QStringLiteral("https://example.com/a?b=c") } << false
-        << QStringLiteral("https://example.com/a?b=c") << QStringLiteral("https://example.com/a?b=c")
-        << false;
     QTest::newRow("webdriver forces about:blank")
         << QStringList { prog, QStringLiteral("https://example.com/"), QStringLiteral("--url=y") } << true
         << QStringLiteral("https://example.com/") << QStringLiteral("about:blank") << false;
     QTest::newRow("pwa flag") << QStringList { prog, QStringLiteral("--pwa") } << false << QString()
                               << QString() << true;
-    QTest::newRow("pwa flag with webdriver") << QStringList { prog, QStringLiteral("--pwa") } << true
-                                             << QString() << QStringLiteral("about:blank") << true;
     QTest::newRow("socket option has no effect")
         << QStringList { prog, QStringLiteral("https://example.com/"), QStringLiteral("--socket"),
                QStringLiteral("/run/user/1/bus") }
         << false << QStringLiteral("https://example.com/") << QStringLiteral("https://example.com/") << false;
-    QTest::newRow("unknown option ignored")
-        << QStringList { prog, QStringLiteral("https://example.com/"), QStringLiteral("--bogus") } << false
-        << QStringLiteral("https://example.com/") << QStringLiteral("https://example.com/") << false;
 }
 
 void TestStartOptions::resolveStartUrl()

@@ -1,234 +1,246 @@
-// Runs the real start-up in a child process against a test QML directory and
-// checks what it hands to the engine, the environment and QML.
-
+// Runs the real start-up in a child process (this executable, relaunched with
+// --probe) against a test QML directory, and checks what it hands to the
+// engine, the environment and QML.
+#include "startup/startup.h"
 #include "tempprofile.h"
+
+#include <webenginecontext.h>
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
+#include <QQmlContext>
+#include <QQuickItem>
+#include <QQuickView>
+#include <QSaveFile>
 #include <QTemporaryDir>
 #include <QtTest>
 
 namespace
 {
-const char* const browserQml
-    = "import QtQuick 2.15\n"
-      "import BrowserInternal 1.0\n"
-      "Item {\n"
-      "    property string report: [typeof startUrl !== 'undefined' ? startUrl : '<unset>',\n"
-      "                             FilePathUtils.getCommonUrl('https://www.example.com/a'),\n"
-      "                             pwa, STANDALONE].join('|')\n"
-      "}\n";
+const char* const windowQml = "import QtQuick 2.15\nimport BrowserInternal 1.0\nItem {\n"
+                              "    property string report: [typeof startUrl !== 'undefined' ? startUrl : "
+                              "'<unset>', FilePathUtils.getCommonUrl('https://www.example.com/a'), pwa, "
+                              "STANDALONE].join('|')\n}\n";
 
 // The shell's window asks the manager, by its QML name, where the app may go.
 const char* const pwaQml
-    = "import QtQuick 2.15\n"
-      "import BrowserInternal 1.0\n"
-      "Item {\n"
-      "    property string report: [typeof startUrl !== 'undefined' ? startUrl : '<unset>', pwa,\n"
-      "        PwaManager.pwaConfig.valid,\n"
-      "        PwaManager.isInScope('https://m.example.com/app/inbox', PwaManager.pwaConfig.scope),\n"
-      "        PwaManager.isInScope('https://example.org/app/', PwaManager.pwaConfig.scope)].join('|')\n"
-      "}\n";
+    = "import QtQuick 2.15\nimport BrowserInternal 1.0\nItem {\n"
+      "    property string report: [typeof startUrl !== 'undefined' ? startUrl : '<unset>', "
+      "pwa, PwaManager.pwaConfig.valid, "
+      "PwaManager.isInScope('https://m.example.com/app/inbox', PwaManager.pwaConfig.scope), "
+      "PwaManager.isInScope('https://example.org/app/', PwaManager.pwaConfig.scope)]"
+      ".join('|')\n}\n";
+
+// Child mode: just before the event loop would run, writes down what start-up produced.
+int probe(int argc, char** argv)
+{
+    StartupConfig config;
+    config.appDataDir = qEnvironmentVariable("PROBE_APP_DATA_DIR");
+    const QString output = qEnvironmentVariable("PROBE_OUTPUT");
+    config.beforeExec = [output](QQuickView* view) {
+        QJsonObject report, properties, env, parameters;
+        for (const char* name : { "STANDALONE", "startUrl", "inapptab", "pwa", "dbusService", "dbusIface",
+                 "qmlLocation", "appVersion", "libcefOpensslChecksum" }) {
+            const QVariant value = view->rootContext()->contextProperty(QString::fromLatin1(name));
+            if (value.isValid())
+                properties.insert(QString::fromLatin1(name), QJsonValue::fromVariant(value));
+        }
+        for (const char* name : { "ORVANE_APP_ID", "ORVANE_PACKAGE_NAME", "STREAMCAMERA_IGNORE_CODEC_ID" })
+            env.insert(QString::fromLatin1(name), qEnvironmentVariable(name));
+        const auto engineParameters = Orvane::WebView::WebEngineContext::parameters();
+        for (auto it = engineParameters.cbegin(); it != engineParameters.cend(); ++it)
+            parameters.insert(it.key(), it.value());
+        QJsonArray switches;
+        for (const std::string& sw : Orvane::WebView::WebEngineContext::switches())
+            switches.append(QString::fromStdString(sw));
+        report.insert(QStringLiteral("contextProperties"), properties);
+        report.insert(QStringLiteral("environment"), env);
+        report.insert(QStringLiteral("engineParameters"), parameters);
+        report.insert(QStringLiteral("engineSwitches"), switches);
+        report.insert(QStringLiteral("app"),
+            QString(QCoreApplication::organizationName() + QLatin1Char('/')
+                + QCoreApplication::applicationName()));
+        report.insert(
+            QStringLiteral("engineInitialized"), Orvane::WebView::WebEngineContext::isInitialized());
+        report.insert(QStringLiteral("source"), view->source().toString());
+        report.insert(QStringLiteral("qmlReport"),
+            view->rootObject() ? view->rootObject()->property("report").toString() : QString());
+        report.insert(QStringLiteral("captureDir"),
+            view->rootContext()->contextProperty(QStringLiteral("captureDir")).toString());
+        QSaveFile file(output);
+        if (file.open(QIODevice::WriteOnly) && file.write(QJsonDocument(report).toJson()) > 0)
+            file.commit();
+        QTimer::singleShot(0, qApp, &QCoreApplication::quit);
+    };
+    return runWebdeck(argc, argv, config);
 }
+} // namespace
 
 class TestStartup : public QObject
 {
     Q_OBJECT
+
 private slots:
-    void initTestCase();
-    void browserMode_data();
-    void browserMode();
-    void pwaMode_data();
-    void pwaMode();
+    void initTestCase()
+    {
+        QVERIFY(QDir(m_appData.path()).mkpath(QStringLiteral("qml/pwa")));
+        for (const char* name : { "qml/BrowserWindow.qml", "qml/pwa/PWAWindow.qml" }) {
+            QFile file(m_appData.filePath(QString::fromLatin1(name)));
+            QVERIFY(file.open(QIODevice::WriteOnly)
+                && file.write(qstrcmp(name, "qml/pwa/PWAWindow.qml") == 0 ? pwaQml : windowQml) > 0);
+        }
+    }
+
+    void modes_data()
+    {
+        QTest::addColumn<QStringList>("args");
+        QTest::addColumn<bool>("webdriver");
+        QTest::addColumn<QString>("startUrl"); // "<unset>": no context property; empty: start fails
+        QTest::newRow("no url") << QStringList() << false << QStringLiteral("<unset>");
+        QTest::newRow("positional url") << QStringList { QStringLiteral("https://example.com/") } << false
+                                        << QStringLiteral("https://example.com/");
+        QTest::newRow("webdriver") << QStringList { QStringLiteral("https://example.com/") } << true
+                                   << QStringLiteral("about:blank");
+    }
+
+    void modes()
+    {
+        QFETCH(QStringList, args);
+        QFETCH(bool, webdriver);
+        QFETCH(QString, startUrl);
+        QJsonObject report;
+        QVERIFY(runProbe(args, webdriver, &report));
+        QVERIFY(report.take(QStringLiteral("captureDir")).toString().startsWith(m_profile.path()));
+        const QString prefix = QStringLiteral("/usr/share/ru.nuvo.webdeck/"),
+                      libexec = QStringLiteral("/usr/libexec/ru.nuvo.webdeck/bin/ru.orvaneos.webview-");
+        QJsonObject properties { { QStringLiteral("STANDALONE"), true },
+            { QStringLiteral("inapptab"), false }, { QStringLiteral("pwa"), false },
+            { QStringLiteral("dbusService"), QStringLiteral("ru.nuvo.webdeck") },
+            { QStringLiteral("dbusIface"), QStringLiteral("ru.nuvo.webdeck") },
+            { QStringLiteral("qmlLocation"), QString(m_appData.path() + QStringLiteral("/qml")) },
+            { QStringLiteral("appVersion"), QStringLiteral("2.1.0.5") },
+            // No engine crypto library on this machine: the digest is published empty.
+            { QStringLiteral("libcefOpensslChecksum"), QString() } };
+        if (startUrl != QLatin1String("<unset>"))
+            properties.insert(QStringLiteral("startUrl"), startUrl);
+        const QJsonObject expected { { QStringLiteral("contextProperties"), properties },
+            { QStringLiteral("environment"),
+                QJsonObject { { QStringLiteral("ORVANE_APP_ID"), QStringLiteral("ru.nuvo.webdeck") },
+                    { QStringLiteral("ORVANE_PACKAGE_NAME"), QStringLiteral("ru.nuvo.webdeck") },
+                    { QStringLiteral("STREAMCAMERA_IGNORE_CODEC_ID"),
+                        QStringLiteral("gstreamer:encoder") } } },
+            { QStringLiteral("engineParameters"),
+                QJsonObject { { QStringLiteral("resources-path"),
+                                  QString(prefix + QStringLiteral("data/qt5/qml/ru/orvaneos/WebView")) },
+                    { QStringLiteral("private-libdir"), QString(prefix + QStringLiteral("lib")) },
+                    { QStringLiteral("browser-extensions-path"),
+                        QString(prefix + QStringLiteral("browser-extensions/")) },
+                    { QStringLiteral("disable-system-extensions"), QStringLiteral("yes") },
+                    { QStringLiteral("cryptopro-checker-path"),
+                        QString(libexec + QStringLiteral("cryptopro-checker")) } } },
+            { QStringLiteral("engineSwitches"),
+                QJsonArray { QString(QStringLiteral("--browser-subprocess-path=") + libexec
+                    + QStringLiteral("subprocess-launcher")) } },
+            { QStringLiteral("app"), QStringLiteral("ru.nuvo/webdeck") },
+            { QStringLiteral("engineInitialized"), true },
+            { QStringLiteral("source"),
+                QUrl::fromLocalFile(m_appData.filePath(QStringLiteral("qml/BrowserWindow.qml"))).toString() },
+            // The window loaded and reached the module's types and the context.
+            { QStringLiteral("qmlReport"),
+                QString(startUrl + QStringLiteral("|example.com/a|false|true")) } };
+        QCOMPARE(report, expected);
+    }
+
+    void pwaMode_data()
+    {
+        QTest::addColumn<QByteArray>("config"); // pwaconfig.json of the app; empty: none
+        QTest::addColumn<bool>("webdriver");
+        QTest::addColumn<QString>("qmlReport");
+        const QByteArray config = R"({"start_url": "https://example.com/app/index.html",
+            "scope": "https://example.com/app/", "display": "standalone"})";
+        const QString configured = QStringLiteral("https://example.com/app/index.html|true|true|true|false");
+        const QString unset = QStringLiteral("<unset>|true|false|false|false");
+        QTest::newRow("configured") << config << false << configured;
+        QTest::newRow("configured, webdriver") << config << true << configured;
+        QTest::newRow("no configuration") << QByteArray() << false << unset;
+        QTest::newRow("malformed configuration")
+            << QByteArray("[\"https://example.com/\"]") << false << unset;
+    }
+
+    void pwaMode()
+    {
+        QFETCH(QByteArray, config);
+        QFETCH(bool, webdriver);
+        QFETCH(QString, qmlReport);
+        // The shell's own data directory: organisation "webdeck", application "pwa".
+        const QString appDir = qEnvironmentVariable("XDG_DATA_HOME") + QStringLiteral("/webdeck/pwa");
+        QDir(appDir).removeRecursively();
+        if (!config.isEmpty()) {
+            QVERIFY(QDir().mkpath(appDir));
+            QFile file(appDir + QStringLiteral("/pwaconfig.json"));
+            QVERIFY(file.open(QIODevice::WriteOnly) && file.write(config) > 0);
+        }
+        QJsonObject report;
+        QVERIFY(runProbe(
+            { QStringLiteral("--pwa"), QStringLiteral("https://ignored.example/") }, webdriver, &report));
+        QCOMPARE(report.value(QStringLiteral("app")).toString(), QStringLiteral("webdeck/pwa"));
+        QVERIFY(report.value(QStringLiteral("environment"))
+                    .toObject()
+                    .value(QStringLiteral("ORVANE_APP_ID"))
+                    .toString()
+                    .isEmpty());
+        QCOMPARE(report.value(QStringLiteral("source")).toString(),
+            QUrl::fromLocalFile(m_appData.filePath(QStringLiteral("qml/pwa/PWAWindow.qml"))).toString());
+        QCOMPARE(report.value(QStringLiteral("qmlReport")).toString(), qmlReport);
+    }
 
 private:
-    struct Run {
-        int exitCode = -2;
-        QJsonObject report;
-        QString stderrText;
-    };
-    Run runProbe(const QStringList& args, bool webdriver);
+    // Runs start-up in a child process and reads back its report.
+    bool runProbe(const QStringList& args, bool webdriver, QJsonObject* report)
+    {
+        const QString output = m_appData.filePath(QStringLiteral("report.json"));
+        QFile::remove(output);
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert(QStringLiteral("PROBE_APP_DATA_DIR"), m_appData.path());
+        env.insert(QStringLiteral("PROBE_OUTPUT"), output);
+        env.insert(QStringLiteral("QT_QUICK_BACKEND"), QStringLiteral("software")); // no OpenGL here
+        for (const char* name : { "ORVANE_APP_ID", "ORVANE_PACKAGE_NAME", "STREAMCAMERA_IGNORE_CODEC_ID" })
+            env.remove(QString::fromLatin1(name));
+        if (webdriver)
+            env.insert(QStringLiteral("WEBDRIVER"), QStringLiteral("1"));
+        else
+            env.remove(QStringLiteral("WEBDRIVER"));
+        QProcess process;
+        process.setProcessEnvironment(env);
+        process.start(
+            QCoreApplication::applicationFilePath(), QStringList { QStringLiteral("--probe") } + args);
+        if (!process.waitForFinished(60000) || process.exitCode() != 0) {
+            qWarning() << process.exitCode() << process.readAllStandardError();
+            return false;
+        }
+        QFile file(output);
+        if (!file.open(QIODevice::ReadOnly))
+            return false;
+        *report = QJsonDocument::fromJson(file.readAll()).object();
+        return true;
+    }
 
     QTemporaryDir m_appData;
     TempProfile m_profile;
 };
 
-void TestStartup::initTestCase()
+int main(int argc, char** argv)
 {
-    QVERIFY(m_appData.isValid());
-    QVERIFY(QDir(m_appData.path()).mkpath(QStringLiteral("qml/pwa")));
-    for (const QString& name :
-        { QStringLiteral("qml/BrowserWindow.qml"), QStringLiteral("qml/pwa/PWAWindow.qml") }) {
-        QFile file(m_appData.filePath(name));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(name.contains(QLatin1String("pwa/")) ? pwaQml : browserQml);
+    if (argc > 1 && qstrcmp(argv[1], "--probe") == 0) {
+        argv[1] = argv[0];
+        return probe(argc - 1, argv + 1);
     }
+    QCoreApplication app(argc, argv);
+    TestStartup test;
+    QTEST_SET_MAIN_SOURCE_PATH
+    return QTest::qExec(&test, argc, argv);
 }
 
-TestStartup::Run TestStartup::runProbe(const QStringList& args, bool webdriver)
-{
-    Run run;
-    const QString output = m_appData.filePath(QStringLiteral("report.json"));
-    QFile::remove(output);
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert(QStringLiteral("PROBE_APP_DATA_DIR"), m_appData.path());
-    env.insert(QStringLiteral("PROBE_OUTPUT"), output);
-    env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-    // No OpenGL without a display; the test window has nothing that needs it.
-    env.insert(QStringLiteral("QT_QUICK_BACKEND"), QStringLiteral("software"));
-    env.remove(QStringLiteral("ORVANE_APP_ID"));
-    env.remove(QStringLiteral("ORVANE_PACKAGE_NAME"));
-    env.remove(QStringLiteral("STREAMCAMERA_IGNORE_CODEC_ID"));
-    env.remove(QStringLiteral("WEBDRIVER"));
-    if (webdriver)
-        env.insert(QStringLiteral("WEBDRIVER"), QStringLiteral("1"));
-    QProcess process;
-    process.setProcessEnvironment(env);
-    process.start(QStringLiteral(STARTUP_PROBE), args);
-    if (!process.waitForFinished(60000)) {
-        process.kill();
-        process.waitForFinished();
-        return run;
-    }
-    run.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -3;
-    run.stderrText = QString::fromLocal8Bit(process.readAllStandardError());
-    QFile file(output);
-    if (file.open(QIODevice::ReadOnly))
-        run.report = QJsonDocument::fromJson(file.readAll()).object();
-    return run;
-}
-
-void TestStartup::browserMode_data()
-{
-    QTest::addColumn<QStringList>("args");
-    QTest::addColumn<bool>("webdriver");
-    QTest::addColumn<QString>("expectedStartUrl"); // "<unset>" when no context property
-
-    QTest::newRow("no url") << QStringList {} << false << QStringLiteral("<unset>");
-    QTest::newRow("positional url") << QStringList { QStringLiteral("https://example.com/") } << false
-                                    << QStringLiteral("https://example.com/");
-    QTest::newRow("webdriver") << QStringList { QStringLiteral("https://example.com/") } << true
-                               << QStringLiteral("about:blank");
-    QTest::newRow("socket ignored") << QStringList { QStringLiteral("--socket"), QStringLiteral("/tmp/s") }
-                                    << false << QStringLiteral("<unset>");
-}
-
-void TestStartup::browserMode()
-{
-    QFETCH(QStringList, args);
-    QFETCH(bool, webdriver);
-    QFETCH(QString, expectedStartUrl);
-
-    const Run run = runProbe(args, webdriver);
-    QVERIFY2(run.exitCode == 0, qPrintable(run.stderrText));
-    const QJsonObject& report = run.report;
-    QVERIFY2(!report.isEmpty(), qPrintable(run.stderrText));
-
-    QCOMPARE(report.value(QStringLiteral("organization")).toString(), QStringLiteral("ru.nuvo"));
-    QCOMPARE(report.value(QStringLiteral("application")).toString(), QStringLiteral("webdeck"));
-
-    const QJsonObject env = report.value(QStringLiteral("environment")).toObject();
-    QCOMPARE(env.value(QStringLiteral("ORVANE_APP_ID")).toString(), QStringLiteral("ru.nuvo.webdeck"));
-    QCOMPARE(env.value(QStringLiteral("ORVANE_PACKAGE_NAME")).toString(), QStringLiteral("ru.nuvo.webdeck"));
-    QCOMPARE(env.value(QStringLiteral("STREAMCAMERA_IGNORE_CODEC_ID")).toString(),
-        QStringLiteral("gstreamer:encoder"));
-
-    QVERIFY(report.value(QStringLiteral("engineInitialized")).toBool());
-    const QJsonObject expectedParameters {
-        { QStringLiteral("resources-path"),
-            QStringLiteral("/usr/share/ru.nuvo.webdeck/data/qt5/qml/ru/orvaneos/WebView") },
-        { QStringLiteral("private-libdir"), QStringLiteral("/usr/share/ru.nuvo.webdeck/lib") },
-        { QStringLiteral("browser-extensions-path"),
-            QStringLiteral("/usr/share/ru.nuvo.webdeck/browser-extensions/") },
-        { QStringLiteral("disable-system-extensions"), QStringLiteral("yes") },
-        { QStringLiteral("cryptopro-checker-path"),
-            QStringLiteral("/usr/libexec/ru.nuvo.webdeck/bin/ru.orvaneos.webview-cryptopro-checker") },
-    };
-    QCOMPARE(report.value(QStringLiteral("engineParameters")).toObject(), expectedParameters);
-    const QJsonArray expectedSwitches { QStringLiteral(
-        "--browser-subprocess-path=/usr/libexec/ru.nuvo.webdeck/bin/"
-        "ru.orvaneos.webview-subprocess-launcher") };
-    QCOMPARE(report.value(QStringLiteral("engineSwitches")).toArray(), expectedSwitches);
-
-    const QJsonObject props = report.value(QStringLiteral("contextProperties")).toObject();
-    QCOMPARE(props.value(QStringLiteral("STANDALONE")), QJsonValue(true));
-    QCOMPARE(props.value(QStringLiteral("inapptab")), QJsonValue(false));
-    QCOMPARE(props.value(QStringLiteral("pwa")), QJsonValue(false));
-    QVERIFY(props.value(QStringLiteral("VERSION_5_1")).isBool());
-    QCOMPARE(props.value(QStringLiteral("dbusService")).toString(), QStringLiteral("ru.nuvo.webdeck"));
-    QCOMPARE(props.value(QStringLiteral("dbusIface")).toString(), QStringLiteral("ru.nuvo.webdeck"));
-    QCOMPARE(
-        props.value(QStringLiteral("qmlLocation")).toString(), m_appData.path() + QStringLiteral("/qml"));
-    QCOMPARE(props.value(QStringLiteral("appVersion")).toString(), QStringLiteral("2.1.0.5"));
-    QVERIFY(props.value(QStringLiteral("captureDir")).toString().startsWith(m_profile.path()));
-    // No engine crypto library on this machine: the digest is published empty.
-    QVERIFY(props.contains(QStringLiteral("libcefOpensslChecksum")));
-    QCOMPARE(props.value(QStringLiteral("libcefOpensslChecksum")).toString(), QString());
-    if (expectedStartUrl == QLatin1String("<unset>"))
-        QVERIFY(!props.contains(QStringLiteral("startUrl")));
-    else
-        QCOMPARE(props.value(QStringLiteral("startUrl")).toString(), expectedStartUrl);
-
-    const QStringList titles { QStringLiteral("Browser"), QStringLiteral("browser-ti-standalone-ap-name") };
-    QVERIFY2(titles.contains(report.value(QStringLiteral("title")).toString()),
-        qPrintable(report.value(QStringLiteral("title")).toString()));
-    QCOMPARE(report.value(QStringLiteral("source")).toString(),
-        QUrl::fromLocalFile(m_appData.filePath(QStringLiteral("qml/BrowserWindow.qml"))).toString());
-    // The window loaded and reached the module's types and the context.
-    QCOMPARE(report.value(QStringLiteral("status")).toInt(), 1);
-    QCOMPARE(report.value(QStringLiteral("qmlReport")).toString(),
-        expectedStartUrl + QStringLiteral("|example.com/a|false|true"));
-}
-
-void TestStartup::pwaMode_data()
-{
-    QTest::addColumn<QByteArray>("config"); // pwaconfig.json of the app; empty: none
-    QTest::addColumn<bool>("webdriver");
-    QTest::addColumn<QString>("qmlReport");
-
-    const QByteArray config = R"({"start_url": "https://example.com/app/index.html",
-        "scope": "https://example.com/app/", "display": "standalone"})";
-    QTest::newRow("configured") << config << false
-                                << QStringLiteral("https://example.com/app/index.html|true|true|true|false");
-    QTest::newRow("configured, webdriver")
-        << config << true << QStringLiteral("https://example.com/app/index.html|true|true|true|false");
-    QTest::newRow("no configuration")
-        << QByteArray() << false << QStringLiteral("<unset>|true|false|false|false");
-    QTest::newRow("malformed configuration") << QByteArray("[\"https://example.com/\"]") << false
-                                             << QStringLiteral("<unset>|true|false|false|false");
-}
-
-void TestStartup::pwaMode()
-{
-    QFETCH(QByteArray, config);
-    QFETCH(bool, webdriver);
-    QFETCH(QString, qmlReport);
-
-    // Where the shell's own data directory is: organisation "webdeck", application "pwa".
-    const QString appDir = qEnvironmentVariable("XDG_DATA_HOME") + QStringLiteral("/webdeck/pwa");
-    QDir(appDir).removeRecursively();
-    if (!config.isEmpty()) {
-        QVERIFY(QDir().mkpath(appDir));
-        QFile file(appDir + QStringLiteral("/pwaconfig.json"));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(config);
-    }
-
-    const Run run
-        = runProbe({ QStringLiteral("--pwa"), QStringLiteral("https://ignored.example/") }, webdriver);
-    QVERIFY2(run.exitCode == 0, qPrintable(run.stderrText));
-    QCOMPARE(run.report.value(QStringLiteral("organization")).toString(), QStringLiteral("webdeck"));
-    QCOMPARE(run.report.value(QStringLiteral("application")).toString(), QStringLiteral("pwa"));
-    QVERIFY(run.report.value(QStringLiteral("environment"))
-                .toObject()
-                .value(QStringLiteral("ORVANE_APP_ID"))
-                .isUndefined());
-    QCOMPARE(run.report.value(QStringLiteral("source")).toString(),
-        QUrl::fromLocalFile(m_appData.filePath(QStringLiteral("qml/pwa/PWAWindow.qml"))).toString());
-    QCOMPARE(run.report.value(QStringLiteral("qmlReport")).toString(), qmlReport);
-}
-
-QTEST_GUILESS_MAIN(TestStartup)
 #include "tst_startup.moc"

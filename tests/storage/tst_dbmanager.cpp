@@ -10,16 +10,30 @@
 #include <QTimer>
 #include <QtTest>
 
+#include <cstdio>
 #include <functional>
 
 // The storage facade as the GUI thread uses it: one process-wide manager whose
 // worker thread opens the profile's file at start.
 namespace
 {
-// Child process mode: queue a burst of page visits and quit at once, as a user
-// closing the browser right after them would.
+// Child process mode: a burst of writes queued right before quitting, and more
+// from an object that goes only after the event loop has returned, as a tab's
+// destructor saving its state would.
+struct LateWriter : QObject {
+    ~LateWriter() override
+    {
+        for (int i = 0; i < 50; ++i) {
+            const QString site = QStringLiteral("https://late%1.example/").arg(i);
+            DBManager::instance()->addHistoryEntry(site, QStringLiteral("t"));
+            DBManager::instance()->addToTabHistory(8, site, QStringLiteral("t"), false);
+        }
+    }
+};
+
 int queueWritesAndQuit(QCoreApplication& app)
 {
+    LateWriter late;
     for (int i = 0; i < 1000; i += 4) {
         const QString site = QStringLiteral("https://site%1.example/").arg(i);
         DBManager::instance()->setDeviceMode(site, i % 3, false);
@@ -28,6 +42,23 @@ int queueWritesAndQuit(QCoreApplication& app)
         DBManager::instance()->addToTabHistory(7, site, QStringLiteral("t"), false);
     }
     QTimer::singleShot(0, &app, &QCoreApplication::quit);
+    return app.exec();
+}
+
+// Child process mode: 10,000 visits at once; every answer is reported on
+// stdout the moment it arrives, until the parent kills the process.
+int burstUntilKilled(QCoreApplication& app)
+{
+    int added = 0;
+    QObject::connect(DBManager::instance(), &DBManager::linkAddedToTabHistory, &app, [&added] {
+        std::printf("%d\n", ++added);
+        std::fflush(stdout);
+    });
+    for (int i = 0; i < 10000; ++i) {
+        const QString url = QStringLiteral("https://burst.example/%1").arg(i);
+        DBManager::instance()->addHistoryEntry(url, QStringLiteral("t"));
+        DBManager::instance()->addToTabHistory(3, url, QStringLiteral("t"), false);
+    }
     return app.exec();
 }
 } // namespace
@@ -41,6 +72,10 @@ private slots:
     void requestsRunAfterMigrationInOrder();
     void quotedUrlNeitherBreaksNorInjects();
     void writesQueuedBeforeQuitAreKept();
+    void killedBurstKeepsEveryAnsweredVisit_data();
+    void killedBurstKeepsEveryAnsweredVisit();
+    void failingRequestInBurstEndsOnlyItself_data();
+    void failingRequestInBurstEndsOnlyItself();
     void everyOperationAndAnswerCrossesTheThread();
     void cleanupTestCase();
 
@@ -135,7 +170,93 @@ void TestDbManager::writesQueuedBeforeQuitAreKept()
                      "COUNT(*) FROM browser_history), (SELECT COUNT(*) FROM tab_history WHERE tab_id = 7), "
                      "link.url FROM tab JOIN tab_history ON tab_history.id = tab.tab_history_id JOIN link ON "
                      "link.link_id = tab_history.link_id WHERE tab.tab_id = 7;")),
-        QStringList({ QStringLiteral("250|250|250|250|https://site996.example/") }));
+        QStringList({ QStringLiteral("250|250|300|250|https://site996.example/") }));
+    QCOMPARE(db.value(QStringLiteral("SELECT COUNT(*) FROM tab_history WHERE tab_id = 8;")).toInt(), 50);
+}
+
+void TestDbManager::killedBurstKeepsEveryAnsweredVisit_data()
+{
+    QTest::addColumn<int>("answersBeforeKill");
+    QTest::newRow("early") << 200;
+    QTest::newRow("middle") << 4000;
+    QTest::newRow("late") << 9000;
+}
+
+void TestDbManager::killedBurstKeepsEveryAnsweredVisit()
+{
+    QFETCH(int, answersBeforeKill);
+    TempProfile home;
+    QProcess child;
+    child.start(QCoreApplication::applicationFilePath(), { QStringLiteral("--burst") });
+    int last = 0;
+    auto readAnswers = [&] {
+        while (child.canReadLine())
+            last = child.readLine().trimmed().toInt();
+    };
+    while (last < answersBeforeKill && child.waitForReadyRead(30000))
+        readAnswers();
+    QVERIFY2(last >= answersBeforeKill, "the child stopped answering");
+    child.kill();
+    QVERIFY(child.waitForFinished(10000));
+    readAnswers(); // answers that reached the pipe before the kill count too
+    QCOMPARE(child.exitStatus(), QProcess::CrashExit);
+
+    DbFileProbe db(home.databasePath());
+    QCOMPARE(db.value(QStringLiteral("PRAGMA integrity_check;")).toString(), QStringLiteral("ok"));
+    // Visits are answered in order, so the first `last` of them must all be there.
+    QVERIFY(db.value(QStringLiteral("SELECT COUNT(*) FROM tab_history JOIN link USING (link_id) WHERE "
+                                    "CAST(substr(url, 23) AS INTEGER) < %1;")
+                         .arg(last))
+                .toInt()
+        >= last);
+}
+
+void TestDbManager::failingRequestInBurstEndsOnlyItself_data()
+{
+    QTest::addColumn<QString>("raise");
+    QTest::addColumn<int>("tabId");
+    QTest::newRow("statement undone") << QStringLiteral("ABORT") << 31;
+    QTest::newRow("whole transaction undone") << QStringLiteral("ROLLBACK") << 32;
+}
+
+void TestDbManager::failingRequestInBurstEndsOnlyItself()
+{
+    // One visit of a burst is refused by the file half-way through its
+    // statements. Undone on its own, its link row stays, its tab history row
+    // and its answer do not, and every other visit is written and answered.
+    // When SQLite undoes the whole transaction instead, no answer may claim a
+    // row that is not in the file.
+    QFETCH(QString, raise);
+    QFETCH(int, tabId);
+    DBManager* manager = DBManager::instance();
+    const QString refused = QStringLiteral("https://refused%1.example/").arg(tabId);
+    DbFileProbe(DBWorker::databaseFilePath())
+        .exec(
+            QStringLiteral("CREATE TRIGGER refuse%1 BEFORE INSERT ON tab_history WHEN (SELECT url FROM link "
+                           "WHERE link_id = NEW.link_id) = '%2' BEGIN SELECT RAISE(%3, 'refused'); END;")
+                .arg(tabId)
+                .arg(refused, raise));
+    QSignalSpy added(manager, &DBManager::linkAddedToTabHistory);
+    QSignalSpy history(manager, &DBManager::tabHistoryAvailable);
+    for (int i = 0; i < 201; ++i) {
+        manager->addToTabHistory(tabId,
+            i == 100 ? refused : QStringLiteral("https://burst%1.example/%2").arg(tabId).arg(i),
+            QStringLiteral("t"), false);
+    }
+    manager->getTabHistory(tabId, QString(), QDateTime(), QDateTime(), false);
+    QVERIFY(history.wait(10000));
+    const auto links = history.first().at(1).value<QList<Link>>();
+    QCOMPARE(added.size(), links.size());
+    QCOMPARE(links.first().url, QStringLiteral("https://burst%1.example/200").arg(tabId));
+    DbFileProbe db(DBWorker::databaseFilePath());
+    QCOMPARE(
+        db.value(QStringLiteral("SELECT COUNT(*) FROM tab_history WHERE tab_id = %1;").arg(tabId)).toInt(),
+        links.size());
+    if (raise == QLatin1String("ABORT")) {
+        QCOMPARE(links.size(), 200);
+        QCOMPARE(db.value(QStringLiteral("SELECT COUNT(*) FROM link WHERE url = '%1';").arg(refused)),
+            QVariant(QStringLiteral("1")));
+    }
 }
 
 // One row of the operation table: the slot's name and a call of it.
@@ -225,6 +346,8 @@ int main(int argc, char** argv)
     QCoreApplication::setApplicationName(QStringLiteral("webdeck"));
     if (app.arguments().contains(QStringLiteral("--queue-and-quit")))
         return queueWritesAndQuit(app);
+    if (app.arguments().contains(QStringLiteral("--burst")))
+        return burstUntilKilled(app);
     TestDbManager test;
     QTEST_SET_MAIN_SOURCE_PATH
     return QTest::qExec(&test, argc, argv);

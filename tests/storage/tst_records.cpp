@@ -31,8 +31,6 @@ private slots:
     void nullRecords();
     void link_data();
     void link();
-    void tab();
-    void download();
 };
 
 void TestRecords::nullRecords()
@@ -66,34 +64,6 @@ void TestRecords::link()
             + QStringLiteral(" , url =  \"https://example.com/\" , title =  \"Example \\\"quoted\\\"\" , "
                              "thumbnailPath =  \"/tmp/t.jpg\" , date =  QDateTime(Invalid) )")),
         qPrintable(text));
-}
-
-void TestRecords::tab()
-{
-    Tab tab;
-    tab.id = 3;
-    tab.url = QStringLiteral("https://a.example/");
-    tab.title = QStringLiteral("A");
-    tab.deviceMode = 1;
-    QCOMPARE(debugForm(&tab),
-        QStringLiteral("Tab(id =  3 , url =  \"https://a.example/\" , title =  \"A\" , "
-                       "deviceMode =  1 , popupWindow =  QObject(0x0) )"));
-}
-
-void TestRecords::download()
-{
-    Download download;
-    download.id = 12;
-    download.filePath = QStringLiteral("/home/u/Downloads/f.pdf");
-    download.url = QStringLiteral("https://example.com/f.pdf");
-    download.lastModified = QDateTime::fromMSecsSinceEpoch(0, Qt::UTC);
-    download.status = 2;
-    download.cachedKey = QStringLiteral("k1");
-    QCOMPARE(debugForm(&download),
-        QStringLiteral(
-            "Download(id =  12 , filePath =  \"/home/u/Downloads/f.pdf\" , url =  "
-            "\"https://example.com/f.pdf\" , lastModified =  QDateTime(1970-01-01 00:00:00.000 UTC "
-            "Qt::UTC) , status =  2 , cachedKey =  \"k1\" )"));
 }
 
 QTEST_GUILESS_MAIN(TestRecords)

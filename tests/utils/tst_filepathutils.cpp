@@ -16,8 +16,6 @@ private slots:
     void urlHelpers();
     void readableSize_data();
     void readableSize();
-    void fileExists();
-    void qmlSingletonIsTheInstance();
 };
 
 // One table for the URL helpers: the function, what it is given, what it must answer.
@@ -105,41 +103,6 @@ void TestFilePathUtils::readableSize()
     const QString result = FilePathUtils::instance()->getReadableSize(bytes);
     QCoreApplication::removeTranslator(&translator);
     QCOMPARE(result, text);
-}
-
-void TestFilePathUtils::fileExists()
-{
-    QTemporaryDir dir;
-    QVERIFY(dir.isValid());
-    const QString path = dir.filePath(QStringLiteral("a file.txt"));
-    FilePathUtils* utils = FilePathUtils::instance();
-    QVERIFY(!utils->fileExists(path));
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.close();
-    QVERIFY(utils->fileExists(path));
-    QVERIFY(utils->fileExists(QUrl::fromLocalFile(path).toString()));
-    QVERIFY(utils->fileExists(dir.path()));
-    QVERIFY(!utils->fileExists(QString()));
-}
-
-void TestFilePathUtils::qmlSingletonIsTheInstance()
-{
-    registerQmlTypes();
-    {
-        QQmlEngine engine;
-        QQmlComponent component(&engine);
-        component.setData("import QtQml 2.15\nimport BrowserInternal 1.0\n"
-                          "QtObject { property QtObject utils: FilePathUtils }",
-            QUrl());
-        QScopedPointer<QObject> object(component.create());
-        QVERIFY2(object, qPrintable(component.errorString()));
-        QCOMPARE(
-            object->property("utils").value<QObject*>(), static_cast<QObject*>(FilePathUtils::instance()));
-    }
-    // The engine is gone; the process-wide object must not have gone with it.
-    QCOMPARE(FilePathUtils::instance()->getHost(QStringLiteral("https://example.com/")),
-        QStringLiteral("example.com"));
 }
 
 QTEST_MAIN(TestFilePathUtils)
