@@ -158,8 +158,8 @@ private slots:
         QTest::addColumn<QByteArray>("config"); // pwaconfig.json of the app; empty: none
         QTest::addColumn<bool>("webdriver");
         QTest::addColumn<QString>("qmlReport");
-        const QByteArray config = R"({"start_url": "https://example.com/app/index.html",
-            "scope": "https://example.com/app/", "display": "standalone"})";
+        const QByteArray config = "{\"start_url\": \"https://example.com/app/index.html\", "
+                                  "\"scope\": \"https://example.com/app/\", \"display\": \"standalone\"}";
         const QString configured = QStringLiteral("https://example.com/app/index.html|true|true|true|false");
         const QString unset = QStringLiteral("<unset>|true|false|false|false");
         QTest::newRow("configured") << config << false << configured;
