@@ -1,5 +1,8 @@
 #include "qmltypes.h"
 
+#include "bookmarks/bookmarkmanager.h"
+#include "bookmarks/bookmarkmodel.h"
+#include "bookmarks/bookmarktreemodel.h"
 #include "history/faviconsmap.h"
 #include "history/historymodel.h"
 #include "history/mostvisitedmodel.h"
@@ -37,6 +40,9 @@ const QVector<QmlTypeEntry>& qmlTypeEntries()
         { "TabHistoryModel", QmlTypeEntry::Creatable, &creatable<TabHistoryModel> },
         { "PopupHistoryModel", QmlTypeEntry::Creatable, &creatable<PopupHistoryModel> },
         { "MostVisitedModel", QmlTypeEntry::Creatable, &creatable<MostVisitedModel> },
+        { "BookmarkManager", QmlTypeEntry::Singleton, &singleton<BookmarkManager> },
+        { "BookmarkTreeModel", QmlTypeEntry::Creatable, &creatable<BookmarkTreeModel> },
+        { "BookmarkModel", QmlTypeEntry::Creatable, &creatable<BookmarkModel> },
         { "FilePathUtils", QmlTypeEntry::Singleton, &singleton<FilePathUtils> },
         { "ManagedConfigurationUtils", QmlTypeEntry::Singleton, &singleton<ManagedConfigurationUtils> },
         { "ScreenshotUtils", QmlTypeEntry::Singleton, &singleton<ScreenshotUtils> },
