@@ -220,15 +220,12 @@ private slots:
         QTest::addColumn<bool>("bookmarked");
         QTest::addColumn<QString>("dataOf"); // getBookmarkData
         QTest::addColumn<QString>("active"); // id > 0, title, parent title
-        QTest::newRow("bookmark") << "http://a1/" << true << "http://a1/"
-                                  << "1 a1 A";
-        QTest::newRow("no bookmark") << "http://a1/ http://none/" << false << "http://none/"
-                                     << "0  ";
-        QTest::newRow("internal page, stale answer dropped")
-            << "http://a1/ about:blank" << false << "http://q1/"
-            << "1 q1 Quick access";
-        QTest::newRow("chrome page") << "chrome://version" << false << "http://b1/"
-                                     << "1 b1 Bookmarks";
+        // clang-format off
+        QTest::newRow("bookmark") << "http://a1/" << true << "http://a1/" << "1 a1 A";
+        QTest::newRow("no bookmark") << "http://a1/ http://none/" << false << "http://none/" << "0  ";
+        QTest::newRow("internal page, stale answer dropped") << "http://a1/ about:blank" << false << "http://q1/" << "1 q1 Quick access";
+        QTest::newRow("chrome page") << "chrome://version" << false << "http://b1/" << "1 b1 Bookmarks";
+        // clang-format on
     }
 
     void pageQuestions()
@@ -255,73 +252,60 @@ private slots:
 
     void appGrid_data()
     {
-        QTest::addColumn<int>("kind");
-        QTest::addColumn<bool>("answer");
-        QTest::newRow("on the grid") << int(FakePackageManager::Answer::Values) << true;
-        QTest::newRow("not on the grid") << int(FakePackageManager::Answer::Values) << false;
-        QTest::newRow("error") << int(FakePackageManager::Answer::Error) << true;
-        QTest::newRow("no answer") << int(FakePackageManager::Answer::NoReply) << true;
+        QTest::addColumn<QString>("answer"); // of CheckExists: true, false, error, never
+        QTest::addColumn<QString>("favicon"); // "-": only check; else save, with this icon cached
+        QTest::addColumn<bool>("onGrid");
+        // clang-format off
+        QTest::newRow("on the grid") << "true" << "-" << true;
+        QTest::newRow("not on the grid") << "false" << "-" << false;
+        QTest::newRow("error") << "error" << "-" << false;
+        QTest::newRow("no answer") << "never" << "-" << false;
+        QTest::newRow("create with cached favicon") << "true" << "data:image/png;base64,iVBORw0KGgo=" << true;
+        QTest::newRow("create with letter icon, refused") << "false" << "" << false;
+        // clang-format on
     }
 
     void appGrid()
     {
-        QFETCH(int, kind);
-        QFETCH(bool, answer);
-        FakePackageManager::Answer scripted = FakePackageManager::Answer::reply({ answer });
-        if (kind == FakePackageManager::Answer::Error)
-            scripted = FakePackageManager::Answer::error(
-                QStringLiteral("ru.nuvo.APM.Error.Failed"), QStringLiteral("no"));
-        else if (kind == FakePackageManager::Answer::NoReply)
-            scripted = FakePackageManager::Answer::never();
-        m_apm->script(QStringLiteral("CheckExists"), scripted);
+        QFETCH(QString, answer);
+        QFETCH(QString, favicon);
+        const QString url
+            = QStringLiteral("http://row%1.example/page").arg(qHash(QByteArray(QTest::currentDataTag())));
+        using Answer = FakePackageManager::Answer;
+        m_apm->script(QStringLiteral("CheckExists"),
+            answer == QLatin1String("never") ? Answer::never()
+                : answer == QLatin1String("error")
+                ? Answer::error(QStringLiteral("ru.nuvo.APM.Error.Failed"), {})
+                : Answer::reply({ answer == QLatin1String("true") }));
         m_apm->clearCalls();
         QSignalSpy changed(m_manager, &BookmarkManager::isInAppGridChanged);
         QElapsedTimer clock;
         clock.start();
-        m_manager->checkInAppGrid(QStringLiteral("http://a1/"));
+        if (favicon == QLatin1String("-")) {
+            m_manager->checkInAppGrid(url);
+        } else {
+            if (!favicon.isEmpty())
+                FaviconsMap::instance()->setFavicon(url, favicon, true);
+            m_manager->saveToAppGrid(url, QStringLiteral("example"));
+            const auto create = m_apm->calls(QStringLiteral("Create"));
+            QCOMPARE(create.size(), 1);
+            QCOMPARE(create.first().signature(), QStringLiteral("sss"));
+            QCOMPARE(create.first().arguments.mid(0, 2), (QVariantList { url, QStringLiteral("example") }));
+            const QString icon = create.first().arguments.at(2).toString();
+            if (!favicon.isEmpty())
+                QCOMPARE(icon, favicon);
+            else
+                QVERIFY(QImage::fromData(QByteArray::fromBase64(icon.mid(22).toLatin1()), "PNG").width() > 0
+                    && icon.startsWith(QLatin1String("data:image/png;base64,")));
+        }
         QVERIFY2(clock.elapsed() < 3 * BookmarkManager::appGridTimeoutMs,
             qPrintable(QString::number(clock.elapsed())));
-        QCOMPARE(m_manager->isInAppGrid(), kind == FakePackageManager::Answer::Values && answer);
+        QTEST(m_manager->isInAppGrid(), "onGrid");
         QCOMPARE(changed.count(), 1);
         const auto calls = m_apm->calls(QStringLiteral("CheckExists"));
         QCOMPARE(calls.size(), 1);
         QCOMPARE(calls.first().interface, QStringLiteral("ru.nuvo.APM.Bookmarks"));
-        QCOMPARE(calls.first().arguments, QVariantList { QStringLiteral("http://a1/") });
-    }
-
-    void saveToAppGrid_data()
-    {
-        QTest::addColumn<QString>("url");
-        QTest::addColumn<QString>("favicon");
-        QTest::newRow("cached favicon") << "http://icon.example/page"
-                                        << "data:image/png;base64,iVBORw0KGgo=";
-        QTest::newRow("letter icon") << "http://plain.example/page"
-                                     << "";
-    }
-
-    void saveToAppGrid()
-    {
-        QFETCH(QString, url);
-        QFETCH(QString, favicon);
-        if (!favicon.isEmpty())
-            FaviconsMap::instance()->setFavicon(url, favicon, true);
-        m_apm->script(QStringLiteral("CheckExists"), FakePackageManager::Answer::reply({ true }));
-        m_apm->clearCalls();
-        m_manager->saveToAppGrid(url, QStringLiteral("example"));
-        QVERIFY(m_manager->isInAppGrid());
-        const auto create = m_apm->calls(QStringLiteral("Create"));
-        QCOMPARE(create.size(), 1);
-        QCOMPARE(create.first().signature(), QStringLiteral("sss"));
-        QCOMPARE(create.first().arguments.mid(0, 2), (QVariantList { url, QStringLiteral("example") }));
-        const QString icon = create.first().arguments.at(2).toString();
-        if (!favicon.isEmpty()) {
-            QCOMPARE(icon, favicon);
-        } else {
-            QVERIFY(icon.startsWith(QLatin1String("data:image/png;base64,")));
-            QImage image;
-            QVERIFY(image.loadFromData(QByteArray::fromBase64(icon.mid(22).toLatin1()), "PNG"));
-        }
-        QCOMPARE(m_apm->calls(QStringLiteral("CheckExists")).size(), 1);
+        QCOMPARE(calls.first().arguments, QVariantList { url });
     }
 
     void fromQml()
