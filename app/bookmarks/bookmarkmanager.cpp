@@ -7,9 +7,8 @@
 #include "utils/logcategories.h"
 
 #include <QDBusConnection>
-#include <QDBusInterface>
 #include <QDBusMessage>
-#include <QDBusReply>
+#include <QQmlEngine>
 #include <QSet>
 
 namespace
@@ -23,11 +22,14 @@ bool isInternalUrl(const QString& url)
     return url.startsWith(QLatin1String("about:")) || url.startsWith(QLatin1String("chrome:"));
 }
 
+// A plain method call rather than a QDBusInterface: building an interface first
+// asks the service to introspect itself, with the bus's default timeout of 25
+// seconds, so a hung package manager would freeze the browser that long.
 QDBusMessage callAppGrid(const QString& method, const QVariantList& arguments)
 {
-    QDBusInterface grid(apmService, apmPath, apmBookmarks, QDBusConnection::systemBus());
-    grid.setTimeout(BookmarkManager::appGridTimeoutMs);
-    return grid.callWithArgumentList(QDBus::Block, method, arguments);
+    QDBusMessage call = QDBusMessage::createMethodCall(apmService, apmPath, apmBookmarks, method);
+    call.setArguments(arguments);
+    return QDBusConnection::systemBus().call(call, QDBus::Block, BookmarkManager::appGridTimeoutMs);
 }
 } // namespace
 
@@ -56,7 +58,10 @@ BookmarkManager* BookmarkManager::instance()
 QObject* BookmarkManager::qmlInstance(QQmlEngine*, QJSEngine*)
 {
     DBManager::instance();
-    return instance();
+    BookmarkManager* manager = instance();
+    // Outlives every engine: native code holds it too.
+    QQmlEngine::setObjectOwnership(manager, QQmlEngine::CppOwnership);
+    return manager;
 }
 
 void BookmarkManager::addBookmark(int parentId, const QString& url, const QString& title)
