@@ -2,6 +2,10 @@
 
 #include "downloads/downloadmanager.h"
 #include "downloads/downloadmodel.h"
+
+#include "bookmarks/bookmarkmanager.h"
+#include "bookmarks/bookmarkmodel.h"
+#include "bookmarks/bookmarktreemodel.h"
 #include "history/faviconsmap.h"
 #include "history/historymodel.h"
 #include "history/mostvisitedmodel.h"
@@ -60,6 +64,9 @@ const QVector<QmlTypeEntry>& qmlTypeEntries()
         { "DprModel", QmlTypeEntry::Creatable, &creatable<DprModel> },
         { "DownloadManager", QmlTypeEntry::Singleton, &singleton<DownloadManager> },
         { "DownloadModel", QmlTypeEntry::Uncreatable, &uncreatable<DownloadModel> },
+        { "BookmarkManager", QmlTypeEntry::Singleton, &singleton<BookmarkManager> },
+        { "BookmarkTreeModel", QmlTypeEntry::Creatable, &creatable<BookmarkTreeModel> },
+        { "BookmarkModel", QmlTypeEntry::Creatable, &creatable<BookmarkModel> },
         { "FilePathUtils", QmlTypeEntry::Singleton, &singleton<FilePathUtils> },
         { "ManagedConfigurationUtils", QmlTypeEntry::Singleton, &singleton<ManagedConfigurationUtils> },
         { "ScreenshotUtils", QmlTypeEntry::Singleton, &singleton<ScreenshotUtils> },
