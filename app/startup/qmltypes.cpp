@@ -1,11 +1,10 @@
 #include "qmltypes.h"
 
-#include "downloads/downloadmanager.h"
-#include "downloads/downloadmodel.h"
-
 #include "bookmarks/bookmarkmanager.h"
 #include "bookmarks/bookmarkmodel.h"
 #include "bookmarks/bookmarktreemodel.h"
+#include "downloads/downloadmanager.h"
+#include "downloads/downloadmodel.h"
 #include "history/faviconsmap.h"
 #include "history/historymodel.h"
 #include "history/mostvisitedmodel.h"
@@ -55,6 +54,9 @@ const QVector<QmlTypeEntry>& qmlTypeEntries()
         { "TabHistoryModel", QmlTypeEntry::Creatable, &creatable<TabHistoryModel> },
         { "PopupHistoryModel", QmlTypeEntry::Creatable, &creatable<PopupHistoryModel> },
         { "MostVisitedModel", QmlTypeEntry::Creatable, &creatable<MostVisitedModel> },
+        { "BookmarkManager", QmlTypeEntry::Singleton, &singleton<BookmarkManager> },
+        { "BookmarkTreeModel", QmlTypeEntry::Creatable, &creatable<BookmarkTreeModel> },
+        { "BookmarkModel", QmlTypeEntry::Creatable, &creatable<BookmarkModel> },
         { "SettingsManager", QmlTypeEntry::Singleton, &singleton<SettingsManager> },
         { "Permission", QmlTypeEntry::Creatable, &creatable<Permission> },
         { "PermissionsManager", QmlTypeEntry::Creatable, &creatable<PermissionsManager> },
@@ -64,9 +66,6 @@ const QVector<QmlTypeEntry>& qmlTypeEntries()
         { "DprModel", QmlTypeEntry::Creatable, &creatable<DprModel> },
         { "DownloadManager", QmlTypeEntry::Singleton, &singleton<DownloadManager> },
         { "DownloadModel", QmlTypeEntry::Uncreatable, &uncreatable<DownloadModel> },
-        { "BookmarkManager", QmlTypeEntry::Singleton, &singleton<BookmarkManager> },
-        { "BookmarkTreeModel", QmlTypeEntry::Creatable, &creatable<BookmarkTreeModel> },
-        { "BookmarkModel", QmlTypeEntry::Creatable, &creatable<BookmarkModel> },
         { "FilePathUtils", QmlTypeEntry::Singleton, &singleton<FilePathUtils> },
         { "ManagedConfigurationUtils", QmlTypeEntry::Singleton, &singleton<ManagedConfigurationUtils> },
         { "ScreenshotUtils", QmlTypeEntry::Singleton, &singleton<ScreenshotUtils> },
