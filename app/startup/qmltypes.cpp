@@ -6,6 +6,7 @@
 #include "history/popuphistorymodel.h"
 #include "history/searchmodel.h"
 #include "history/tabhistorymodel.h"
+#include "history/tabsmodel.h"
 #include "pwa/pwamanager.h"
 #include "settings/dprmodel.h"
 #include "settings/permission.h"
@@ -47,6 +48,7 @@ const QVector<QmlTypeEntry>& qmlTypeEntries()
         { "PermissionsManager", QmlTypeEntry::Creatable, &creatable<PermissionsManager> },
         { "PermissionsProxyModel", QmlTypeEntry::Creatable, &creatable<PermissionsProxyModel> },
         { "DprModel", QmlTypeEntry::Creatable, &creatable<DprModel> },
+        { "TabsModel", QmlTypeEntry::Creatable, &creatable<TabsModel> },
         { "FilePathUtils", QmlTypeEntry::Singleton, &singleton<FilePathUtils> },
         { "ManagedConfigurationUtils", QmlTypeEntry::Singleton, &singleton<ManagedConfigurationUtils> },
         { "ScreenshotUtils", QmlTypeEntry::Singleton, &singleton<ScreenshotUtils> },
