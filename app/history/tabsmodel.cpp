@@ -77,17 +77,13 @@ QHash<int, QByteArray> TabsModel::roleNames() const
 
 void TabsModel::setSelectedTab(int row)
 {
-    setSelectedRow(isValidRow(row) ? row : -1, true);
-}
-
-void TabsModel::setSelectedRow(int row, bool remember)
-{
+    if (!isValidRow(row))
+        row = -1;
     if (row == m_selectedTab)
         return;
     const QString screenshot = currentScreenshot();
     m_selectedTab = row;
-    if (remember)
-        rememberSelected();
+    rememberSelected();
     emit selectedTabChanged();
     if (currentScreenshot() != screenshot)
         emit currentScreenshotChanged();
@@ -205,7 +201,10 @@ void TabsModel::clear()
     endResetModel();
     if (!m_isIncognito)
         m_db->clearTabs(false);
-    setSelectedRow(-1, false);
+    if (m_selectedTab != -1) {
+        m_selectedTab = -1;
+        emit selectedTabChanged();
+    }
     setLastOpenedTabIndex(-1);
     if (hadScreenshot)
         emit currentScreenshotChanged();
@@ -276,7 +275,12 @@ void TabsModel::tabsAvailable(const QList<Tab>& tabList)
     beginResetModel();
     m_tabs = tabList;
     endResetModel();
-    setSelectedRow(selected, false);
+    if (selected != m_selectedTab) {
+        m_selectedTab = selected;
+        emit selectedTabChanged();
+    }
+    // The tab opened last is, until a new one opens, the one the previous run ended on.
+    setLastOpenedTabIndex(selected);
     if (currentScreenshot() != screenshot)
         emit currentScreenshotChanged();
     emit countChanged();

@@ -106,7 +106,6 @@ private:
     bool isValidRow(int row) const { return row >= 0 && row < m_tabs.size(); }
     void changed(int row, int role);
     void setLastOpenedTabIndex(int row);
-    void setSelectedRow(int row, bool remember);
     void rememberSelected();
 
     DBManager* m_db;
