@@ -11,8 +11,10 @@
 #include "history/popuphistorymodel.h"
 #include "history/searchmodel.h"
 #include "history/tabhistorymodel.h"
+#include "history/tabsmodel.h"
 #include "passwords/credentialsmodel.h"
 #include "passwords/passwordmanager.h"
+
 #include "pwa/pwamanager.h"
 #include "settings/dprmodel.h"
 #include "settings/permission.h"
@@ -64,6 +66,7 @@ const QVector<QmlTypeEntry>& qmlTypeEntries()
         { "SettingsPasswordManager", QmlTypeEntry::Singleton, &singleton<PasswordManager> },
         { "CredentialsModel", QmlTypeEntry::Creatable, &creatable<CredentialsModel> },
         { "DprModel", QmlTypeEntry::Creatable, &creatable<DprModel> },
+        { "TabsModel", QmlTypeEntry::Creatable, &creatable<TabsModel> },
         { "DownloadManager", QmlTypeEntry::Singleton, &singleton<DownloadManager> },
         { "DownloadModel", QmlTypeEntry::Uncreatable, &uncreatable<DownloadModel> },
         { "FilePathUtils", QmlTypeEntry::Singleton, &singleton<FilePathUtils> },

@@ -34,6 +34,8 @@ struct Tab {
     int orderIndex = 0;
     // The popup window that opened this tab; owned by the UI, never stored.
     QPointer<QObject> popupWindow;
+    // Answers given for this tab only (Permission type to response); never stored.
+    QHash<int, int> tempPermissions;
 };
 
 struct Download {
