@@ -1,20 +1,16 @@
-// Per-site settings and the small lists kept beside them, in the profile's file
-// and in the private in-memory database.
+// Per-site screen settings and downloads, in the profile's file and in the
+// private in-memory database; permissions are checked through the settings manager.
 
 #include "storage/dbworker.h"
 #include "support/dbfileprobe.h"
-#include "support/logcapture.h"
 #include "support/tempprofile.h"
 
 #include <QSignalSpy>
-#include <QSqlError>
-#include <QSqlRecord>
 #include <QtTest>
 #include <memory>
 
 namespace
 {
-
 const QString siteA = QStringLiteral("https://a.example");
 const QString siteB = QStringLiteral("https://b.example:8080");
 
@@ -25,15 +21,6 @@ QString line(const QVariantList& parts)
     for (const QVariant& part : parts)
         texts.append(part.isNull() ? QStringLiteral("-") : part.toString());
     return texts.join(QLatin1Char(' '));
-}
-
-// The rows of a statement on the worker's file connection as lines, sorted.
-QStringList rows(const QString& sql, const QVariantList& values = {})
-{
-    QStringList result
-        = sqlRows(QSqlDatabase::database(), sql, values, QStringLiteral(" "), QStringLiteral("-"));
-    result.sort();
-    return result;
 }
 
 } // namespace
@@ -53,56 +40,6 @@ private slots:
         qRegisterMetaType<QMap<QString, QString>>();
     }
     void cleanup() { m_worker.reset(), m_profile.reset(); }
-    void permissions_data()
-    {
-        QTest::addColumn<bool>("seen"); // whether the site has decisions "2 2 2 2 2 2 2" before
-        QTest::addColumn<QString>("call");
-        QTest::addColumn<QList<int>>("numbers");
-        QTest::addColumn<QString>("stored"); // "": no permission row
-
-        // clang-format off
-    QTest::newRow("add, negative means none") << false << "add" << QList<int> { 1, -1, 1, -1, 0, -1, 1 } << "1 - 1 - 0 - 1";
-    QTest::newRow("add again replaces") << true << "add" << QList<int> { 0, -1, 2, 0, -1, 2, 0 } << "0 - 2 0 - 2 0";
-    QTest::newRow("screen capture") << true << "update" << QList<int> { 4, 1 } << "2 2 2 2 1 2 2";
-    // Popups and cookies change only with the whole set.
-    QTest::newRow("popups untouched") << true << "update" << QList<int> { 5, 1 } << "2 2 2 2 2 2 2";
-    QTest::newRow("unseen site gets a site row only") << false << "update" << QList<int> { 0, 1 } << "";
-        // clang-format on
-    }
-    void permissions()
-    {
-        QFETCH(bool, seen);
-        QFETCH(QString, call);
-        QFETCH(QList<int>, numbers);
-        QFETCH(QString, stored);
-
-        // Decisions given on a page belong to its origin, port included.
-        const QString page = siteA + QStringLiteral("/path/page?q=1#top");
-        m_worker->addPermissions(siteB + QStringLiteral("/x"), { 2, 2, 2, 2, 2, 2, 2 });
-        if (seen)
-            m_worker->addPermissions(page, { 2, 2, 2, 2, 2, 2, 2 });
-        // Revoking and removing are checked where the settings manager drives them.
-        if (call == QLatin1String("add"))
-            m_worker->addPermissions(page, numbers);
-        else
-            m_worker->updatePermission(page, numbers.at(0), numbers.at(1));
-
-        QCOMPARE(rows(QStringLiteral("SELECT COUNT(*) FROM sites")).value(0).toInt(), 2);
-        // The read gives -1 for no decision.
-        QSignalSpy spy(m_worker.get(), &DBWorker::permissionsAvailable);
-        m_worker->getPermissions();
-        QStringList reported, expected { line({ siteB, QStringLiteral("2 2 2 2 2 2 2") }) };
-        for (const SitePermissions& row : spy.value(0).value(0).value<QList<SitePermissions>>()) {
-            QVariantList policies { row.site };
-            for (int policy : row.policies)
-                policies.append(policy == -1 ? QVariant() : policy);
-            reported.append(line(policies));
-        }
-        if (!stored.isEmpty())
-            expected.prepend(line({ siteA, stored }));
-        reported.sort();
-        QCOMPARE(reported, expected);
-    }
     void privateDataStaysApart_data()
     {
         QTest::addColumn<bool>("isPrivate");
