@@ -216,10 +216,6 @@ private slots:
         QTest::addColumn<bool>("isPrivate");
         QTest::addColumn<QString>("remaining");
         // clang-format off
-        QTest::newRow("forward at the newest end") << "F" << false << "1a 2x 1b 2y* 1c*";
-        QTest::newRow("one back, past the other tab") << "B" << false << "1a 2x 1b* 2y* 1c";
-        QTest::newRow("back at the oldest end") << "BBBB" << false << "1a* 2x 1b 2y* 1c";
-        QTest::newRow("new page drops forward entries") << "BN" << false << "1a 2x 1b 2y* 1n*";
         QTest::newRow("back after a new page") << "BBNB" << false << "1a* 2x 2y* 1n";
         QTest::newRow("private back and forward") << "BBBF" << true << "1a 2x 1b* 2y* 1c";
         QTest::newRow("removal spares other tabs") << "R" << false << "2x 2y* 1c*";
