@@ -98,26 +98,23 @@ void TestPwaHelper::scopeUrl_data()
     QTest::addColumn<QByteArray>("manifest");
     QTest::addColumn<QString>("startUrl");
     QTest::addColumn<QString>("scope");
-    const QString m = QStringLiteral("https://example.org/manifest.json");
-    const QString start = QStringLiteral("https://example.org/app/index.html");
-    const QString appDir = QStringLiteral("https://example.org/app/");
-    QTest::newRow("relative scope") << m << QByteArray(R"({"scope":"/app/"})") << start << appDir;
-    QTest::newRow("scope without slash")
-        << m << QByteArray(R"({"scope":"/app"})") << start << QStringLiteral("https://example.org/app");
-    QTest::newRow("foreign scope ignored") << m << QByteArray(R"({"scope":"/other/"})") << start << appDir;
-    QTest::newRow("other host") << m << QByteArray(R"({"scope":"https://example.com/app/"})") << start
-                                << appDir;
-    QTest::newRow("no scope, query and fragment")
-        << m << QByteArray("{}") << QStringLiteral("https://example.org/a/b?x=1#top")
-        << QStringLiteral("https://example.org/a/");
-    QTest::newRow("equal paths without slash")
-        << m << QByteArray(R"({"scope":"/app"})") << QStringLiteral("https://example.org/app")
-        << QStringLiteral("https://example.org/");
-    QTest::newRow("relative start URL")
-        << QStringLiteral("https://example.org/pwa/manifest.json") << QByteArray("{}")
-        << QStringLiteral("sub/page.html?x=1") << QStringLiteral("https://example.org/pwa/sub/");
-    QTest::newRow("invalid start URL")
-        << m << QByteArray("{}") << QStringLiteral("https://exa mple.org/app/") << QString();
+    const auto row = [](const char* name, const char* manifest, const char* start, const char* scope,
+                         const char* manifestUrl = "https://example.org/manifest.json") {
+        QTest::newRow(name) << QString::fromLatin1(manifestUrl) << QByteArray(manifest)
+                            << QString::fromLatin1(start) << QString::fromLatin1(scope);
+    };
+    const char* start = "https://example.org/app/index.html";
+    const char* appDir = "https://example.org/app/";
+    // clang-format off
+    row("relative scope", R"({"scope":"/app/"})", start, appDir);
+    row("scope without slash", R"({"scope":"/app"})", start, "https://example.org/app");
+    row("foreign scope ignored", R"({"scope":"/other/"})", start, appDir);
+    row("other host", R"({"scope":"https://example.com/app/"})", start, appDir);
+    row("no scope, query and fragment", "{}", "https://example.org/a/b?x=1#top", "https://example.org/a/");
+    row("equal paths without slash", R"({"scope":"/app"})", "https://example.org/app", "https://example.org/");
+    row("relative start URL", "{}", "sub/page.html?x=1", "https://example.org/pwa/sub/", "https://example.org/pwa/manifest.json");
+    row("invalid start URL", "{}", "https://exa mple.org/app/", "");
+    // clang-format on
 }
 
 void TestPwaHelper::scopeUrl()

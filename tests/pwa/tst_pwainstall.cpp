@@ -23,22 +23,10 @@ using Orvane::WebView::WebView;
 
 namespace
 {
-QByteArray png(int width, int height, QColor colour = Qt::red)
+QByteArray png(int width, int height, QColor colour = Qt::red, QImage::Format format = QImage::Format_ARGB32)
 {
-    QImage image(width, height, QImage::Format_ARGB32);
+    QImage image(width, height, format);
     image.fill(colour);
-    QByteArray data;
-    QBuffer buffer(&data);
-    buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, "PNG");
-    return data;
-}
-
-// 20 megapixels in a few kilobytes of PNG: over the decoder's pixel cap.
-QByteArray pngBomb()
-{
-    QImage image(5000, 4000, QImage::Format_Mono);
-    image.fill(0);
     QByteArray data;
     QBuffer buffer(&data);
     buffer.open(QIODevice::WriteOnly);
@@ -119,7 +107,8 @@ void TestPwaInstall::initTestCase()
         R"({"name": "../../evil/x", "icons": [{"src": "file:///etc/hostname", "sizes": "99999x99999"},
             {"src": "bomb.png"}, {"src": "missing.png"}, {"src": "text.png"}]})",
         "application/json");
-    m_server.route("/hostile/bomb.png", pngBomb(), "image/png");
+    // 20 megapixels in a few kilobytes of PNG: over the decoder's pixel cap.
+    m_server.route("/hostile/bomb.png", png(5000, 4000, Qt::black, QImage::Format_Mono), "image/png");
     m_server.route("/hostile/text.png", "not an image", "image/png");
     HttpServer::Response slow;
     slow.body = good;
@@ -209,53 +198,38 @@ void TestPwaInstall::failures_data()
     QTest::addColumn<QString>("log");
     QTest::addColumn<QByteArrayList>("fetched"); // paths the site must have been asked for
 
-    const QString base = url("/app/index.html");
-    const QString good = url("/meta/manifest.json");
-    const QString none;
-    QTest::newRow("null view") << "null view" << base << good << "ok" << -1
-                               << "webView is null, cannot install, returning" << QByteArrayList();
-    QTest::newRow("empty base url") << "install" << QString() << good << "ok" << int(PwaManager::FAILURE)
-                                    << "either manifest or base url is invalid!" << QByteArrayList();
-    QTest::newRow("invalid manifest url")
-        << "install" << base << QStringLiteral("http://[::1") << "ok" << int(PwaManager::FAILURE)
-        << "either manifest or base url is invalid!" << QByteArrayList();
-    QTest::newRow("manifest 404") << "install" << base << url("/nowhere/manifest.json") << "ok"
-                                  << int(PwaManager::FAILURE_CANNOT_DOWNLOAD_MANIFEST) << none
-                                  << QByteArrayList();
-    QTest::newRow("local manifest") << "install" << base << QStringLiteral("file:///etc/hostname") << "ok"
-                                    << int(PwaManager::FAILURE_CANNOT_DOWNLOAD_MANIFEST) << none
-                                    << QByteArrayList();
-    QTest::newRow("manifest over size cap")
-        << "install" << base << url("/huge/manifest.json") << "ok"
-        << int(PwaManager::FAILURE_CANNOT_DOWNLOAD_MANIFEST) << none << QByteArrayList();
-    QTest::newRow("array manifest") << "install" << base << url("/bad/manifest.json") << "ok"
-                                    << int(PwaManager::FAILURE_BAD_MANIFEST) << none << QByteArrayList();
-    QTest::newRow("deeply nested manifest")
-        << "install" << base << url("/nested/manifest.json") << "ok" << int(PwaManager::FAILURE_BAD_MANIFEST)
-        << none << QByteArrayList();
-    QTest::newRow("no icon obtainable")
-        << "install" << url("/page/index.html") << url("/hostile/manifest.json") << "ok"
-        << int(PwaManager::FAILURE_CANNOT_DOWNLOAD_ICONS) << "no icons! aborting installation"
-        << QByteArrayList { "/hostile/bomb.png", "/page/bomb.png", "/hostile/missing.png",
-               "/page/missing.png", "/hostile/text.png", "/favicon.ico" };
-    QTest::newRow("install refused") << "install" << base << good << "error"
-                                     << int(PwaManager::FAILURE_CANNOT_INSTALL)
-                                     << "An error occured during DBus call:" << QByteArrayList();
-    QTest::newRow("update refused") << "update" << base << good << "error"
-                                    << int(PwaManager::FAILURE_CANNOT_INSTALL)
-                                    << "An error occured during DBus call:" << QByteArrayList();
-    QTest::newRow("install, no package manager")
-        << "install" << base << good << "down" << int(PwaManager::FAILURE_CANNOT_INSTALL)
-        << "can not work with ru.nuvo.APM service" << QByteArrayList();
-    QTest::newRow("update, no package manager")
-        << "update" << base << good << "down" << int(PwaManager::FAILURE_CANNOT_UPDATED)
-        << "can not work with ru.nuvo.APM service" << QByteArrayList();
-    QTest::newRow("update with nothing changed")
-        << "update unchanged" << base << good << "ok" << int(PwaManager::FAILURE_ALREADY_UPDATED) << none
-        << QByteArrayList();
-    QTest::newRow("second install while one runs")
-        << "twice" << base << url("/slow/manifest.json") << "ok" << int(PwaManager::SUCCESS)
-        << "another PWA is installing" << QByteArrayList();
+    // Paths starting with "/" are on the loopback site; "fetched" lists paths separated by blanks.
+    const auto row = [this](const char* name, const char* mode, const char* base, const char* manifest,
+                         const char* apm, int expected, const char* log, const char* fetched = "") {
+        const auto address
+            = [this](const char* text) { return *text == '/' ? url(text) : QString::fromLatin1(text); };
+        QTest::newRow(name) << QString::fromLatin1(mode) << address(base) << address(manifest)
+                            << QString::fromLatin1(apm) << expected << QString::fromLatin1(log)
+                            << QByteArray(fetched).split(' ').mid(*fetched ? 0 : 1);
+    };
+    const char* base = "/app/index.html";
+    const char* good = "/meta/manifest.json";
+    const char* noApm = "can not work with ru.nuvo.APM service";
+    const char* refused = "An error occured during DBus call:";
+    const char* invalid = "either manifest or base url is invalid!";
+    // clang-format off
+    row("null view", "null view", base, good, "ok", -1, "webView is null, cannot install, returning");
+    row("empty base url", "install", "", good, "ok", PwaManager::FAILURE, invalid);
+    row("invalid manifest url", "install", base, "http://[::1", "ok", PwaManager::FAILURE, invalid);
+    row("manifest 404", "install", base, "/nowhere/manifest.json", "ok", PwaManager::FAILURE_CANNOT_DOWNLOAD_MANIFEST, "");
+    row("local manifest", "install", base, "file:///etc/hostname", "ok", PwaManager::FAILURE_CANNOT_DOWNLOAD_MANIFEST, "");
+    row("manifest over size cap", "install", base, "/huge/manifest.json", "ok", PwaManager::FAILURE_CANNOT_DOWNLOAD_MANIFEST, "");
+    row("array manifest", "install", base, "/bad/manifest.json", "ok", PwaManager::FAILURE_BAD_MANIFEST, "");
+    row("deeply nested manifest", "install", base, "/nested/manifest.json", "ok", PwaManager::FAILURE_BAD_MANIFEST, "");
+    row("no icon obtainable", "install", "/page/index.html", "/hostile/manifest.json", "ok", PwaManager::FAILURE_CANNOT_DOWNLOAD_ICONS,
+        "no icons! aborting installation", "/hostile/bomb.png /page/bomb.png /hostile/missing.png /page/missing.png /hostile/text.png /favicon.ico");
+    row("install refused", "install", base, good, "error", PwaManager::FAILURE_CANNOT_INSTALL, refused);
+    row("update refused", "update", base, good, "error", PwaManager::FAILURE_CANNOT_INSTALL, refused);
+    row("install, no package manager", "install", base, good, "down", PwaManager::FAILURE_CANNOT_INSTALL, noApm);
+    row("update, no package manager", "update", base, good, "down", PwaManager::FAILURE_CANNOT_UPDATED, noApm);
+    row("update with nothing changed", "update unchanged", base, good, "ok", PwaManager::FAILURE_ALREADY_UPDATED, "");
+    row("second install while one runs", "twice", base, "/slow/manifest.json", "ok", PwaManager::SUCCESS, "another PWA is installing");
+    // clang-format on
 }
 
 void TestPwaInstall::failures()
@@ -397,18 +371,13 @@ void TestPwaInstall::startUrlStaysOnOrigin_data()
     QTest::addColumn<QString>("startUrl");
     QTest::addColumn<QString>("expected");
     // Page https://example.com/app/page.html?x, manifest https://example.com/meta/m.json.
-    QTest::newRow("absolute path") << "/home?pwa"
-                                   << "https://example.com/home?pwa";
-    QTest::newRow("slash is the page's directory") << " / "
-                                                   << "https://example.com/app/";
-    QTest::newRow("other host") << "https://evil.example/"
-                                << "https://example.com/app/";
-    QTest::newRow("other scheme") << "http://example.com/app/"
-                                  << "https://example.com/app/";
-    QTest::newRow("other port") << "https://example.com:444/app/"
-                                << "https://example.com/app/";
-    QTest::newRow("script") << "javascript:alert(1)"
-                            << "https://example.com/app/";
+    const QString app = QStringLiteral("https://example.com/app/");
+    QTest::newRow("absolute path") << "/home?pwa" << QStringLiteral("https://example.com/home?pwa");
+    QTest::newRow("slash is the page's directory") << " / " << app;
+    QTest::newRow("other host") << "https://evil.example/" << app;
+    QTest::newRow("other scheme") << "http://example.com/app/" << app;
+    QTest::newRow("other port") << "https://example.com:444/app/" << app;
+    QTest::newRow("script") << "javascript:alert(1)" << app;
 }
 
 void TestPwaInstall::startUrlStaysOnOrigin()

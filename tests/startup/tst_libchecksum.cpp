@@ -45,60 +45,42 @@ class TestLibChecksum : public QObject
 {
     Q_OBJECT
 private slots:
-    void elfFiles_data();
-    void elfFiles();
-    void notADigestableFile_data();
-    void notADigestableFile();
+    void elfFiles_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::newRow("this test") << QCoreApplication::applicationFilePath();
+        QTest::newRow("crypto library") << QStringLiteral("/lib/x86_64-linux-gnu/libcrypto.so.3");
+    }
+    void elfFiles()
+    {
+        QFETCH(QString, path);
+        if (!QFile::exists(path))
+            QSKIP("library not present on this machine");
+        const QString digest = libraryChecksum(path);
+        QCOMPARE(digest, expectedDigest(path));
+        // The digest of the whole file would be something else: only code counts.
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QVERIFY(digest
+            != QString::fromLatin1(
+                QCryptographicHash::hash(file.readAll(), QCryptographicHash::Sha256).toHex()));
+    }
+    void notADigestableFile()
+    {
+        // Missing, and headers that promise segments the file no longer holds.
+        QVERIFY(m_dir.isValid());
+        QCOMPARE(libraryChecksum(m_dir.filePath(QStringLiteral("missing.so"))), QString());
+        QFile self(QCoreApplication::applicationFilePath()),
+            truncated(m_dir.filePath(QStringLiteral("truncated.so")));
+        QVERIFY(self.open(QIODevice::ReadOnly) && truncated.open(QIODevice::WriteOnly));
+        QCOMPARE(truncated.write(self.read(4096)), qint64(4096));
+        truncated.close();
+        QCOMPARE(libraryChecksum(truncated.fileName()), QString());
+    }
 
 private:
     QTemporaryDir m_dir;
 };
-
-void TestLibChecksum::elfFiles_data()
-{
-    QTest::addColumn<QString>("path");
-    QTest::newRow("this test") << QCoreApplication::applicationFilePath();
-    QTest::newRow("crypto library") << QStringLiteral("/lib/x86_64-linux-gnu/libcrypto.so.3");
-}
-
-void TestLibChecksum::elfFiles()
-{
-    QFETCH(QString, path);
-    if (!QFile::exists(path))
-        QSKIP("library not present on this machine");
-    const QString digest = libraryChecksum(path);
-    QCOMPARE(digest, expectedDigest(path));
-    // The digest of the whole file would be something else: only code counts.
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    QVERIFY(digest
-        != QString::fromLatin1(QCryptographicHash::hash(file.readAll(), QCryptographicHash::Sha256).toHex()));
-}
-
-void TestLibChecksum::notADigestableFile_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QByteArray>("content");
-    QTest::newRow("missing") << QStringLiteral("missing.so") << QByteArray();
-    QFile self(QCoreApplication::applicationFilePath());
-    self.open(QIODevice::ReadOnly);
-    // Headers promise segments that the file no longer holds.
-    QTest::newRow("truncated") << QStringLiteral("truncated.so") << self.read(4096);
-}
-
-void TestLibChecksum::notADigestableFile()
-{
-    QFETCH(QString, name);
-    QFETCH(QByteArray, content);
-    QVERIFY(m_dir.isValid());
-    const QString path = m_dir.filePath(name);
-    if (name != QLatin1String("missing.so")) {
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(content);
-    }
-    QCOMPARE(libraryChecksum(path), QString());
-}
 
 QTEST_GUILESS_MAIN(TestLibChecksum)
 #include "tst_libchecksum.moc"

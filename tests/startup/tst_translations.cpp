@@ -55,36 +55,33 @@ class TestTranslations : public QObject
 {
     Q_OBJECT
 private slots:
-    void everyIdTranslated_data();
-    void everyIdTranslated();
-};
-
-void TestTranslations::everyIdTranslated_data()
-{
-    QTest::addColumn<QString>("ts");
-    QTest::addColumn<QString>("qm");
-    QTest::newRow("engineering English")
-        << QStringLiteral(WEBDECK_SOURCE_DIR "/translations/ru.nuvo.webdeck_eng_en.ts")
-        << QStringLiteral(WEBDECK_QM_DIR "/ru.nuvo.webdeck_eng_en.qm");
-    QTest::newRow("Russian") << QStringLiteral(WEBDECK_SOURCE_DIR "/translations/ru.nuvo.webdeck-ru.ts")
-                             << QStringLiteral(WEBDECK_QM_DIR "/ru.nuvo.webdeck-ru.qm");
-}
-
-void TestTranslations::everyIdTranslated()
-{
-    QFETCH(QString, ts);
-    QFETCH(QString, qm);
-    const QSet<QString> used = idsInSources();
-    QVERIFY(used.contains(QStringLiteral("browser-ti-standalone-ap-name")));
-    const QHash<QString, QString> catalogue = idsInCatalogue(ts);
-    QTranslator translator;
-    QVERIFY(translator.load(qm));
-    for (const QString& id : used) {
-        QVERIFY2(catalogue.contains(id), qPrintable(id + QStringLiteral(" missing from ") + ts));
-        QVERIFY2(!catalogue.value(id).isEmpty(), qPrintable(id + QStringLiteral(" untranslated in ") + ts));
-        QCOMPARE(translator.translate(nullptr, id.toUtf8().constData()), catalogue.value(id));
+    void everyIdTranslated_data()
+    {
+        QTest::addColumn<QString>("ts");
+        QTest::addColumn<QString>("qm");
+        QTest::newRow("engineering English")
+            << QStringLiteral(WEBDECK_SOURCE_DIR "/translations/ru.nuvo.webdeck_eng_en.ts")
+            << QStringLiteral(WEBDECK_QM_DIR "/ru.nuvo.webdeck_eng_en.qm");
+        QTest::newRow("Russian") << QStringLiteral(WEBDECK_SOURCE_DIR "/translations/ru.nuvo.webdeck-ru.ts")
+                                 << QStringLiteral(WEBDECK_QM_DIR "/ru.nuvo.webdeck-ru.qm");
     }
-}
+    void everyIdTranslated()
+    {
+        QFETCH(QString, ts);
+        QFETCH(QString, qm);
+        const QSet<QString> used = idsInSources();
+        QVERIFY(used.contains(QStringLiteral("browser-ti-standalone-ap-name")));
+        const QHash<QString, QString> catalogue = idsInCatalogue(ts);
+        QTranslator translator;
+        QVERIFY(translator.load(qm));
+        for (const QString& id : used) {
+            QVERIFY2(catalogue.contains(id), qPrintable(id + QStringLiteral(" missing from ") + ts));
+            QVERIFY2(
+                !catalogue.value(id).isEmpty(), qPrintable(id + QStringLiteral(" untranslated in ") + ts));
+            QCOMPARE(translator.translate(nullptr, id.toUtf8().constData()), catalogue.value(id));
+        }
+    }
+};
 
 QTEST_GUILESS_MAIN(TestTranslations)
 #include "tst_translations.moc"

@@ -28,43 +28,28 @@ class TestRecords : public QObject
 {
     Q_OBJECT
 private slots:
-    void nullRecords();
-    void link_data();
-    void link();
+    void debugForms()
+    {
+        QCOMPARE(debugForm<Link>(nullptr), QStringLiteral("Link (this = 0x0)"));
+        QCOMPARE(debugForm<Tab>(nullptr), QStringLiteral("Tab (this = 0x0)"));
+        QCOMPARE(debugForm<Download>(nullptr), QStringLiteral("Download (this = 0x0)"));
+        Link link;
+        link.id = 7;
+        link.url = QStringLiteral("https://example.com/");
+        link.title = QStringLiteral("Example \"quoted\"");
+        link.thumbnailPath = QStringLiteral("/tmp/t.jpg");
+        for (bool isValid : { true, false }) {
+            link.isValid = isValid;
+            const QString text = debugForm(&link);
+            QVERIFY2(text.startsWith(
+                         QStringLiteral("Link(id =  7 , isValid =  %1 , url =  \"https://example.com/\" , "
+                                        "title =  \"Example \\\"quoted\\\"\" , thumbnailPath =  "
+                                        "\"/tmp/t.jpg\" , date =  QDateTime(Invalid) )")
+                             .arg(QLatin1String(isValid ? "true" : "false"))),
+                qPrintable(text));
+        }
+    }
 };
-
-void TestRecords::nullRecords()
-{
-    QCOMPARE(debugForm<Link>(nullptr), QStringLiteral("Link (this = 0x0)"));
-    QCOMPARE(debugForm<Tab>(nullptr), QStringLiteral("Tab (this = 0x0)"));
-    QCOMPARE(debugForm<Download>(nullptr), QStringLiteral("Download (this = 0x0)"));
-}
-
-void TestRecords::link_data()
-{
-    QTest::addColumn<bool>("isValid");
-    QTest::addColumn<QString>("validText");
-    QTest::newRow("valid") << true << QStringLiteral("true");
-    QTest::newRow("invalid") << false << QStringLiteral("false");
-}
-
-void TestRecords::link()
-{
-    QFETCH(bool, isValid);
-    QFETCH(QString, validText);
-    Link link;
-    link.id = 7;
-    link.isValid = isValid;
-    link.url = QStringLiteral("https://example.com/");
-    link.title = QStringLiteral("Example \"quoted\"");
-    link.thumbnailPath = QStringLiteral("/tmp/t.jpg");
-    const QString text = debugForm(&link);
-    QVERIFY2(
-        text.startsWith(QStringLiteral("Link(id =  7 , isValid =  ") + validText
-            + QStringLiteral(" , url =  \"https://example.com/\" , title =  \"Example \\\"quoted\\\"\" , "
-                             "thumbnailPath =  \"/tmp/t.jpg\" , date =  QDateTime(Invalid) )")),
-        qPrintable(text));
-}
 
 QTEST_GUILESS_MAIN(TestRecords)
 #include "tst_records.moc"

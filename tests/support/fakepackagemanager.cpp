@@ -33,30 +33,18 @@ QString signatureOf(const QVariant& value)
     return QString::fromLatin1(QDBusMetaType::typeToSignature(value.userType()));
 }
 
+// Structures and arrays alike become lists of their members.
 QVariant readPlain(const QDBusArgument& argument)
 {
-    switch (argument.currentType()) {
-    case QDBusArgument::StructureType: {
-        QVariantList members;
-        argument.beginStructure();
-        while (!argument.atEnd())
-            members << readPlain(argument);
-        argument.endStructure();
-        return members;
-    }
-    case QDBusArgument::ArrayType: {
-        QVariantList items;
-        argument.beginArray();
-        while (!argument.atEnd())
-            items << readPlain(argument);
-        argument.endArray();
-        return items;
-    }
-    default: {
-        const QVariant basic = argument.asVariant();
-        return FakePackageManager::plain(basic);
-    }
-    }
+    const auto type = argument.currentType();
+    if (type != QDBusArgument::StructureType && type != QDBusArgument::ArrayType)
+        return FakePackageManager::plain(argument.asVariant());
+    QVariantList members;
+    type == QDBusArgument::StructureType ? argument.beginStructure() : argument.beginArray();
+    while (!argument.atEnd())
+        members << readPlain(argument);
+    type == QDBusArgument::StructureType ? argument.endStructure() : argument.endArray();
+    return members;
 }
 } // namespace
 

@@ -28,27 +28,24 @@ PrivateBus::PrivateBus(bool alsoSessionBus)
     // Everybody may own any name and call anything: the bus exists only for
     // this test process and the services it starts itself.
     const QString config = m_dir.filePath(QStringLiteral("bus.conf"));
+    const QString text
+        = QStringLiteral(R"(<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-BUS Bus Configuration 1.0//EN"
+ "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
+<busconfig>
+  <type>custom</type>
+  <listen>unix:path=%1</listen>
+  <auth>EXTERNAL</auth>
+  <policy context="default">
+    <allow user="*"/>
+    <allow own="*"/>
+    <allow send_destination="*" eavesdrop="true"/>
+    <allow receive_sender="*"/>
+  </policy>
+</busconfig>
+)")
+              .arg(m_dir.filePath(QStringLiteral("bus")));
     QSaveFile file(config);
-    if (!file.open(QIODevice::WriteOnly)) {
-        m_error = file.errorString();
-        return;
-    }
-    file.write("<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-BUS Bus Configuration 1.0//EN\"\n"
-               " \"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n"
-               "<busconfig>\n"
-               "  <type>custom</type>\n"
-               "  <listen>unix:path="
-        + QFile::encodeName(m_dir.filePath(QStringLiteral("bus")))
-        + "</listen>\n"
-          "  <auth>EXTERNAL</auth>\n"
-          "  <policy context=\"default\">\n"
-          "    <allow user=\"*\"/>\n"
-          "    <allow own=\"*\"/>\n"
-          "    <allow send_destination=\"*\" eavesdrop=\"true\"/>\n"
-          "    <allow receive_sender=\"*\"/>\n"
-          "  </policy>\n"
-          "</busconfig>\n");
-    if (!file.commit()) {
+    if (!file.open(QIODevice::WriteOnly) || file.write(text.toUtf8()) < 0 || !file.commit()) {
         m_error = file.errorString();
         return;
     }

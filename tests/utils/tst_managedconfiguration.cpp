@@ -97,7 +97,6 @@ void TestManagedConfiguration::policyFollowed_data()
     };
     // clang-format off
     row("written", "write", "{BLOCK: ['example.com'], ALLOW: ['mail.example.com']}", 1, "example.com", "mail.example.com", true);
-    row("changed", "write", "{BLOCK: ['*'], ALLOW: ['www.example.com']}", 1, "*", "www.example.com", false);
     row("replaced by rename", "rename", "{BLOCK: ['www.example.com'], 'Other': 1}", 1, "www.example.com", "", true);
     row("changed after the rename", "write", "{BLOCK: ['a.test']}", 1, "a.test", "", false);
     row("made malformed", "write", "{BLOCK: [", 0, "a.test", "", false);
