@@ -6,6 +6,7 @@
 #include "settings/permissionsproxymodel.h"
 #include "storage/dbmanager.h"
 #include "support/dbfileprobe.h"
+#include "support/httpserver.h"
 #include "support/logcapture.h"
 #include "support/tempprofile.h"
 
@@ -16,8 +17,6 @@
 #include <QQmlContext>
 #include <QQmlEngine>
 #include <QSignalSpy>
-#include <QTcpServer>
-#include <QTcpSocket>
 #include <QtTest>
 #include <QtWebEngine>
 #include <memory>
@@ -325,22 +324,13 @@ void TestSitePermissions::pageRequest()
     QFETCH(int, prompts);
 
     // One page on 127.0.0.1, on a port of its own so that no earlier origin's answer is reused.
-    QTcpServer server;
-    QVERIFY(server.listen(QHostAddress::LocalHost, 0));
-    connect(&server, &QTcpServer::newConnection, this, [&server] {
-        QTcpSocket* socket = server.nextPendingConnection();
-        connect(socket, &QTcpSocket::readyRead, socket, [socket] {
-            socket->readAll();
-            const QByteArray body = "<html><head><title>asking</title></head><body><script>"
-                                    "Notification.requestPermission().then(function (answer) {"
-                                    " document.title = 'answer:' + answer; });</script></body></html>";
-            socket->write("HTTP/1.1 200 OK\r\nContent-Type: text/html\r\nConnection: close\r\n"
-                          "Content-Length: "
-                + QByteArray::number(body.size()) + "\r\n\r\n" + body);
-            socket->disconnectFromHost();
-        });
-    });
-    const QString origin = QStringLiteral("http://127.0.0.1:%1").arg(server.serverPort());
+    HttpServer server;
+    QVERIFY(server.start());
+    server.route("/page.html",
+        "<html><head><title>asking</title></head><body><script>Notification.requestPermission().then("
+        "function (answer) { document.title = 'answer:' + answer; });</script></body></html>",
+        "text/html");
+    const QString origin = server.url().toString();
     for (const QVariant& answer : values(answers))
         m_manager->updatePermission(origin, Permission::Notification, answer);
 
