@@ -101,12 +101,13 @@ private slots:
         QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("expectedName"); // empty: the install is refused
 
-        const char* rows[][3] = { { "kfgnpoabcdeflkjhgfedcbaponmlkjih", "Notes", "Notes" },
-            { "abc", "Evil\n[X]\nExec=rm -rf ~", "Evil [X] Exec=rm -rf ~" }, { "abd", "", "app.test" },
-            { "../x", "Hostile", "" }, { "/", "Hostile", "" }, { "", "Hostile", "" },
-            { "a/b", "Hostile", "" }, { "..", "Hostile", "" }, { "x/../../y", "Hostile", "" } };
+        const char* rows[][4] = { { "plain", "kfgnpoabcdeflkjhgfedcbaponmlkjih", "Notes", "Notes" },
+            { "name injecting keys", "abc", "Evil\n[X]\nExec=rm -rf ~", "Evil [X] Exec=rm -rf ~" },
+            { "no name", "abd", "", "app.test" } };
         for (const auto& row : rows)
-            QTest::newRow(row[0]) << row[0] << row[1] << row[2];
+            QTest::newRow(row[0]) << row[1] << row[2] << row[3];
+        for (const char* hostile : { "../x", "/", "", "a/b", "..", "x/../../y" })
+            QTest::newRow(hostile) << hostile << "Hostile" << QString();
     }
 
     void pwaInstall()
