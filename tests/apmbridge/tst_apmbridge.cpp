@@ -242,9 +242,8 @@ private:
             m_icons.append(writePng(dir, icon.first, icon.second));
         QFile config(dir + QStringLiteral("/pwaconfig.json"));
         config.open(QIODevice::WriteOnly);
-        config.write(QStringLiteral(R"({"start_url": "%1", "scope": "%1", "display": "standalone"})")
-                         .arg(startUrl)
-                         .toUtf8());
+        const QString json = QStringLiteral(R"({"start_url": "%1", "scope": "%1", "display": "standalone"})");
+        config.write(json.arg(startUrl).toUtf8());
         return dir;
     }
 
@@ -274,16 +273,14 @@ private:
 
     QString entryPath(const QString& id) const
     {
-        return m_root.path() + QStringLiteral("/data/applications/") + id + QStringLiteral(".desktop");
+        return m_root.filePath(QStringLiteral("data/applications/%1.desktop").arg(id));
     }
 
     void verifyThemeIcons(const QString& iconName, Qt::GlobalColor color)
     {
         for (const int size : { 48, 64, 128, 256 }) {
-            const QImage icon(QStringLiteral("%1/data/icons/hicolor/%2x%2/apps/%3.png")
-                                  .arg(m_root.path())
-                                  .arg(size)
-                                  .arg(iconName));
+            const QImage icon(m_root.filePath(
+                QStringLiteral("data/icons/hicolor/%1x%1/apps/%2.png").arg(size).arg(iconName)));
             QCOMPARE(icon.size(), QSize(size, size));
             QCOMPARE(icon.pixelColor(size / 2, size / 2), QColor(color));
         }
