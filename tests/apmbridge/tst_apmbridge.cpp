@@ -1,4 +1,7 @@
-#include <QDBusArgument>
+#include "pwahelper.h"
+#include "support/fakepackagemanager.h"
+#include "support/privatebus.h"
+
 #include <QDBusConnectionInterface>
 #include <QDBusInterface>
 #include <QDirIterator>
@@ -7,29 +10,19 @@
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
-
-#include "pwahelper.h"
+#include <memory>
 
 namespace
 {
-const QString kPwa = QStringLiteral("ru.nuvo.APM.PWA");
-const QString kBookmarks = QStringLiteral("ru.nuvo.APM.Bookmarks");
-
-QVariant boolString()
-{
-    QDBusArgument argument;
-    argument.beginStructure();
-    argument << false << QString();
-    argument.endStructure();
-    return QVariant::fromValue(argument);
-}
+const QString kPwa = QLatin1String(FakePackageManager::pwaInterface);
+const QString kBookmarks = QLatin1String(FakePackageManager::bookmarksInterface);
 
 // Keys of a desktop entry; a key written twice shows up twice.
 QMultiMap<QString, QString> readEntry(const QString& path)
 {
     QFile file(path);
-    file.open(QIODevice::ReadOnly);
     QMultiMap<QString, QString> keys;
+    file.open(QIODevice::ReadOnly);
     for (const QString& line : QString::fromUtf8(file.readAll()).split(QLatin1Char('\n')).mid(1))
         keys.insert(line.section(QLatin1Char('='), 0, 0), line.section(QLatin1Char('='), 1));
     return keys;
@@ -83,37 +76,23 @@ class TestApmBridge : public QObject
     Q_OBJECT
 
 private slots:
-    // The real bridge program on a private bus with a permissive policy, writing
-    // into a temporary data home.
+    // The real bridge program on a private bus, writing into a temporary data home.
     void initTestCase()
     {
-        QFile config(m_root.filePath(QStringLiteral("bus.conf")));
-        QVERIFY(config.open(QIODevice::WriteOnly));
-        config.write(
-            "<busconfig><listen>unix:tmpdir=/tmp</listen><auth>EXTERNAL</auth><policy context=\"default\">"
-            "<allow send_destination=\"*\" eavesdrop=\"true\"/><allow eavesdrop=\"true\"/>"
-            "<allow own=\"*\"/></policy></busconfig>");
-        config.close();
-        m_daemon.start(QStringLiteral("dbus-daemon"),
-            { QStringLiteral("--nofork"), QStringLiteral("--print-address"),
-                QStringLiteral("--config-file=") + config.fileName() });
-        QVERIFY(m_daemon.waitForReadyRead(5000));
-        const QString address = QString::fromUtf8(m_daemon.readLine().trimmed());
+        m_daemon = std::make_unique<PrivateBus>();
+        QVERIFY2(m_daemon->isValid(), qPrintable(m_daemon->errorString()));
         auto env = QProcessEnvironment::systemEnvironment();
-        env.insert(QStringLiteral("DBUS_SYSTEM_BUS_ADDRESS"), address);
         env.insert(QStringLiteral("XDG_DATA_HOME"), m_root.filePath(QStringLiteral("data")));
         m_bridge.setProcessEnvironment(env);
         m_bridge.start(QStringLiteral(APMBRIDGE_PROGRAM), QStringList());
-        m_bus = QDBusConnection::connectToBus(address, QStringLiteral("apmbridge-test"));
-        QTRY_VERIFY(m_bus.interface()->isServiceRegistered(QStringLiteral("ru.nuvo.APM")));
+        QTRY_VERIFY(QDBusConnection::systemBus().interface()->isServiceRegistered(
+            QLatin1String(FakePackageManager::serviceName)));
     }
 
     void cleanupTestCase()
     {
-        for (QProcess* process : { &m_bridge, &m_daemon }) {
-            process->terminate();
-            process->waitForFinished();
-        }
+        m_bridge.terminate();
+        m_bridge.waitForFinished();
     }
 
     void pwaInstall_data()
@@ -122,18 +101,13 @@ private slots:
         QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("expectedName"); // empty: the install is refused
 
-        QTest::newRow("plain") << "kfgnpoabcdeflkjhgfedcbaponmlkjih"
-                               << "Notes"
-                               << "Notes";
-        QTest::newRow("name injecting keys") << "abc"
-                                             << "Evil\n[X]\nExec=rm -rf ~"
-                                             << "Evil [X] Exec=rm -rf ~";
-        QTest::newRow("no name") << "abd"
-                                 << ""
-                                 << "app.test";
+        const char* rows[][4] = { { "plain", "kfgnpoabcdeflkjhgfedcbaponmlkjih", "Notes", "Notes" },
+            { "name injecting keys", "abc", "Evil\n[X]\nExec=rm -rf ~", "Evil [X] Exec=rm -rf ~" },
+            { "no name", "abd", "", "app.test" } };
+        for (const auto& row : rows)
+            QTest::newRow(row[0]) << row[1] << row[2] << row[3];
         for (const char* hostile : { "../x", "/", "", "a/b", "..", "x/../../y" })
-            QTest::newRow(hostile) << hostile << "Hostile"
-                                   << "";
+            QTest::newRow(hostile) << hostile << "Hostile" << QString();
     }
 
     void pwaInstall()
@@ -268,18 +242,17 @@ private:
             m_icons.append(writePng(dir, icon.first, icon.second));
         QFile config(dir + QStringLiteral("/pwaconfig.json"));
         config.open(QIODevice::WriteOnly);
-        config.write(QStringLiteral(R"({"start_url": "%1", "scope": "%1", "display": "standalone"})")
-                         .arg(startUrl)
-                         .toUtf8());
+        const QString json = QStringLiteral(R"({"start_url": "%1", "scope": "%1", "display": "standalone"})");
+        config.write(json.arg(startUrl).toUtf8());
         return dir;
     }
 
     // Install carries the id after the scope; Upgrade has none.
     QDBusMessage deploy(const QString& appId, const QString& name, const QString& source)
     {
+        const QVariant noPrompt = FakePackageManager::structure({ false, QString() });
         QVariantList args { QStringLiteral("https://app.test/"), name,
-            QStringList { QStringLiteral("Internet") }, boolString(), boolString(), boolString(), source,
-            m_icons };
+            QStringList { QStringLiteral("Internet") }, noPrompt, noPrompt, noPrompt, source, m_icons };
         if (!appId.isNull())
             args.insert(1, appId);
         return call(kPwa, appId.isNull() ? QStringLiteral("Upgrade") : QStringLiteral("Install"), args);
@@ -288,13 +261,9 @@ private:
     bool checkInstalled(const QString& appId)
     {
         const QDBusMessage reply = call(kPwa, QStringLiteral("CheckInstalled"), { appId });
-        bool installed = false;
-        if (reply.signature() == QLatin1String("(bs)")) {
-            const QDBusArgument argument = reply.arguments().value(0).value<QDBusArgument>();
-            argument.beginStructure();
-            argument >> installed;
-        }
-        return installed;
+        if (reply.signature() != QLatin1String("(bs)"))
+            return false;
+        return FakePackageManager::plain(reply.arguments().value(0)).toList().value(0).toBool();
     }
 
     bool checkExists(const QString& url)
@@ -304,16 +273,14 @@ private:
 
     QString entryPath(const QString& id) const
     {
-        return m_root.path() + QStringLiteral("/data/applications/") + id + QStringLiteral(".desktop");
+        return m_root.filePath(QStringLiteral("data/applications/%1.desktop").arg(id));
     }
 
     void verifyThemeIcons(const QString& iconName, Qt::GlobalColor color)
     {
         for (const int size : { 48, 64, 128, 256 }) {
-            const QImage icon(QStringLiteral("%1/data/icons/hicolor/%2x%2/apps/%3.png")
-                                  .arg(m_root.path())
-                                  .arg(size)
-                                  .arg(iconName));
+            const QImage icon(m_root.filePath(
+                QStringLiteral("data/icons/hicolor/%1x%1/apps/%2.png").arg(size).arg(iconName)));
             QCOMPARE(icon.size(), QSize(size, size));
             QCOMPARE(icon.pixelColor(size / 2, size / 2), QColor(color));
         }
@@ -323,16 +290,15 @@ private:
     // published interfaces do not match fails here too.
     QDBusMessage call(const QString& interface, const QString& method, const QVariantList& args)
     {
-        QDBusInterface service(
-            QStringLiteral("ru.nuvo.APM"), QStringLiteral("/ru/nuvo/APM"), interface, m_bus);
+        QDBusInterface service(QLatin1String(FakePackageManager::serviceName),
+            QLatin1String(FakePackageManager::objectPath), interface, QDBusConnection::systemBus());
         return service.isValid() ? service.callWithArgumentList(QDBus::Block, method, args)
                                  : QDBusMessage::createError(service.lastError());
     }
 
     QTemporaryDir m_root;
-    QProcess m_daemon;
+    std::unique_ptr<PrivateBus> m_daemon;
     QProcess m_bridge;
-    QDBusConnection m_bus { QString() };
     QStringList m_icons;
     int m_apps = 0;
 };

@@ -21,14 +21,11 @@
 
 namespace
 {
+// Bytes that differ from file to file, so that a piece in the wrong place shows.
 QByteArray bytes(int size, int seed)
 {
-    QByteArray data(size, Qt::Uninitialized);
-    quint32 x = 2463534242u + seed;
-    for (char& c : data) {
-        x ^= x << 13, x ^= x >> 17, x ^= x << 5;
-        c = char(x);
-    }
+    QByteArray data(size, Qt::Uninitialized); // sizes are multiples of 4
+    QRandomGenerator(seed).fillRange(reinterpret_cast<quint32*>(data.data()), size / 4);
     return data;
 }
 

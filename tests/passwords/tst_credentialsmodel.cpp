@@ -9,10 +9,10 @@
 #include <QAbstractItemModelTester>
 #include <QQmlComponent>
 #include <QQmlEngine>
-#include <QQuickItem>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QtTest>
+#include <memory>
 
 class TestCredentialsModel : public QObject
 {
@@ -20,7 +20,6 @@ class TestCredentialsModel : public QObject
 private slots:
     void initTestCase();
     void init();
-    void cleanup();
     void filter_data();
     void filter();
     void siteModelFollowsItsSite();
@@ -29,8 +28,8 @@ private slots:
 
 private:
     TempProfile m_profile;
-    QTemporaryDir* m_dir = nullptr;
-    PasswordManager* m_manager = nullptr;
+    std::unique_ptr<QTemporaryDir> m_dir;
+    std::unique_ptr<PasswordManager> m_manager;
 };
 
 namespace
@@ -52,8 +51,9 @@ void TestCredentialsModel::initTestCase()
 
 void TestCredentialsModel::init()
 {
-    m_dir = new QTemporaryDir;
-    m_manager = new PasswordManager(m_dir->path());
+    m_manager.reset(); // before the directory it writes into
+    m_dir = std::make_unique<QTemporaryDir>();
+    m_manager = std::make_unique<PasswordManager>(m_dir->path());
     QTRY_COMPARE(m_manager->status(), PasswordManager::Ready);
     m_manager->save(
         QStringLiteral("https://mail.example/login"), QStringLiteral("ann"), QStringLiteral("pa"));
@@ -63,26 +63,19 @@ void TestCredentialsModel::init()
     m_manager->save(QStringLiteral("https://shop.example"), QStringLiteral("ann"), QStringLiteral("ps"));
 }
 
-void TestCredentialsModel::cleanup()
-{
-    delete m_manager;
-    delete m_dir;
-}
-
 void TestCredentialsModel::filter_data()
 {
     QTest::addColumn<QString>("filter");
     QTest::addColumn<QString>("sites");
     QTest::addColumn<QString>("usernames");
 
-    QTest::newRow("everything, by site then user")
-        << QString() << QStringLiteral("bank,mail,mail,shop") << QStringLiteral("Bob,ann,zoe,ann");
-    QTest::newRow("user name, any case")
-        << QStringLiteral("ANN") << QStringLiteral("mail,shop") << QStringLiteral("ann,ann");
-    QTest::newRow("site") << QStringLiteral("mail.") << QStringLiteral("mail,mail")
-                          << QStringLiteral("ann,zoe");
-    QTest::newRow("note") << QStringLiteral("drawer") << QStringLiteral("bank") << QStringLiteral("Bob");
-    QTest::newRow("password is not searched") << QStringLiteral("pz") << QString() << QString();
+    const char* rows[][4] = { { "everything, by site then user", "", "bank,mail,mail,shop",
+                                  "Bob,ann,zoe,ann" },
+        { "user name, any case", "ANN", "mail,shop", "ann,ann" }, { "site", "mail.", "mail,mail", "ann,zoe" },
+        { "note", "drawer", "bank", "Bob" }, { "password is not searched", "pz", "", "" } };
+    for (const auto& row : rows)
+        QTest::newRow(row[0]) << QString::fromLatin1(row[1]) << QString::fromLatin1(row[2])
+                              << QString::fromLatin1(row[3]);
 }
 
 void TestCredentialsModel::filter()
@@ -93,7 +86,7 @@ void TestCredentialsModel::filter()
 
     CredentialsModel model;
     QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-    model.setManager(m_manager);
+    model.setManager(m_manager.get());
     model.setFilter(filter);
     QCOMPARE(column(model, CredentialsModel::SiteRole)
                  .remove(QStringLiteral("https://"))
@@ -106,7 +99,7 @@ void TestCredentialsModel::siteModelFollowsItsSite()
 {
     SiteCredentialsModel model;
     QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-    model.setManager(m_manager);
+    model.setManager(m_manager.get());
     QCOMPARE(model.rowCount(), 0);
     model.setSite(QStringLiteral("https://mail.example/inbox?x=1"));
     QCOMPARE(column(model, CredentialsModel::UsernameRole), QStringLiteral("ann,zoe"));
@@ -124,7 +117,7 @@ void TestCredentialsModel::revealAndRemoveSelected()
 {
     CredentialsModel model;
     QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-    model.setManager(m_manager);
+    model.setManager(m_manager.get());
     QCOMPARE(column(model, CredentialsModel::PasswordRole), QStringLiteral(",,,"));
     QSignalSpy changed(&model, &QAbstractItemModel::dataChanged);
     model.reveal(1, true);
@@ -156,31 +149,26 @@ void TestCredentialsModel::fromQml()
 
     QQmlEngine engine;
     QQmlComponent component(&engine);
-    component.setData(
-        "import QtQuick 2.15\n"
-        "import BrowserInternal 1.0\n"
-        "Item {\n"
-        "    property string saved: SettingsPasswordManager.save('https://q.example/a', 'quinn', 'pq', 'n')\n"
-        "    property CredentialsModel logins: CredentialsModel { filter: 'quinn' }\n"
-        "    property Item rows: repeater\n"
-        "    Repeater {\n"
-        "        id: repeater\n"
-        "        model: logins\n"
-        "        delegate: Item { property string line: model.site + ' ' + model.username + ' ' + "
-        "model.note + ' [' + model.password + ']' }\n"
-        "    }\n"
-        "    property var site: SettingsPasswordManager.siteCredentials('https://q.example/other')\n"
-        "}\n",
+    component.setData(R"(
+        import QtQuick 2.15
+        import BrowserInternal 1.0
+        Item {
+            property string saved: SettingsPasswordManager.save('https://q.example/a', 'quinn', 'pq', 'n')
+            property string line: rows.count === 1 ? rows.itemAt(0).line : ""
+            property var site: SettingsPasswordManager.siteCredentials('https://q.example/other')
+            Repeater {
+                id: rows
+                model: CredentialsModel { filter: 'quinn' }
+                delegate: Item {
+                    property string line: [model.site, model.username, model.note, '[' + model.password + ']'].join(' ')
+                }
+            }
+        })",
         QUrl());
     QScopedPointer<QObject> root(component.create());
     QVERIFY2(root, qPrintable(component.errorString()));
     QVERIFY(!root->property("saved").toString().isEmpty());
-    auto* rows = root->property("rows").value<QObject*>();
-    QCOMPARE(rows->property("count").toInt(), 1);
-    QQuickItem* row = nullptr;
-    QMetaObject::invokeMethod(rows, "itemAt", Q_RETURN_ARG(QQuickItem*, row), Q_ARG(int, 0));
-    QVERIFY(row);
-    QCOMPARE(row->property("line").toString(), QStringLiteral("https://q.example quinn n []"));
+    QCOMPARE(root->property("line").toString(), QStringLiteral("https://q.example quinn n []"));
     auto* site = qobject_cast<SiteCredentialsModel*>(root->property("site").value<QObject*>());
     QVERIFY(site);
     QCOMPARE(site->rowCount(), 1);

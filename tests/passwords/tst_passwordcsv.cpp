@@ -31,17 +31,12 @@ private:
 namespace
 {
 
-// A login as one comparable line.
-QString line(const CsvLogin& l)
-{
-    return QStringList { l.name, l.url, l.username, l.password, l.note }.join(QLatin1Char('|'));
-}
-
+// Each login as one comparable line.
 QStringList lines(const QVector<CsvLogin>& logins)
 {
     QStringList out;
     for (const CsvLogin& l : logins)
-        out.append(line(l));
+        out.append(QStringList { l.name, l.url, l.username, l.password, l.note }.join(QLatin1Char('|')));
     return out;
 }
 
@@ -63,44 +58,36 @@ void TestPasswordCsv::read_data()
     QTest::addColumn<QList<int>>("rejectedLines");
     QTest::addColumn<QString>("error"); // part of the message when the file is refused
 
+    const auto row = [](const char* tag, const QByteArray& data, const QStringList& logins,
+                         const QList<int>& rejected = {}, const char* error = "") {
+        QTest::newRow(tag) << data << logins << rejected << QString::fromLatin1(error);
+    };
     const QByteArray header = "name,url,username,password,note\n";
-    QTest::newRow("own format") << header + "Ex,https://ex.com/login,ann,pw1,\n"
-                                << QStringList { QStringLiteral("Ex|https://ex.com/login|ann|pw1|") }
-                                << QList<int>() << QString();
-    QTest::newRow("quoting") << header
-            + "\"a,b\",https://ex.com,\"say \"\"hi\"\"\",\"p,w\"\"\",\"l1\r\nl2\"\r\n"
-                             << QStringList { QStringLiteral("a,b|https://ex.com|say \"hi\"|p,w\"|l1\r\nl2") }
-                             << QList<int>() << QString();
-    QTest::newRow("bom, CRLF, no final newline, utf-8") << QByteArray(
-        "\xEF\xBB\xBFname,url,username,password,note\r\n,https://ex.com,j\xC3\xBCrgen,\xD0\xBF\xD0\xB0,x")
-                                                        << QStringList { QString::fromUtf8(
-                                                               "|https://ex.com|jürgen|па|x") }
-                                                        << QList<int>() << QString();
-    QTest::newRow("origin, extra and unknown columns")
-        << QByteArray("origin,username,password,httpRealm,extra\nhttps://a.org,u,p,,z\n")
-        << QStringList { QStringLiteral("|https://a.org|u|p|z") } << QList<int>() << QString();
-    QTest::newRow("login_ aliases, Title and Notes case")
-        << QByteArray("folder,favorite,type,Title,Notes,login_uri,login_username,login_password\n"
-                      ",,login,Mail,n,https://m.org,me,secret\n")
-        << QStringList { QStringLiteral("Mail|https://m.org|me|secret|n") } << QList<int>() << QString();
-    QTest::newRow("rows without url, password or host are refused, the others kept")
-        << header
-            + ",,u,p,\nA,https://a.org,u,,\nB,https://b.org,u,p,\nC,not a url,u,p,\n\nD,https://d.org,u,p\n"
-        << QStringList { QStringLiteral("B|https://b.org|u|p|"), QStringLiteral("D|https://d.org|u|p|") }
-        << QList<int> { 2, 3, 5 } << QString();
-    QTest::newRow("line numbers count breaks inside quotes")
-        << header + "A,https://a.org,u,p,\"1\n2\n3\"\nB,,u,p,\n"
-        << QStringList { QStringLiteral("A|https://a.org|u|p|1\n2\n3") } << QList<int> { 5 } << QString();
-    QTest::newRow("no password column") << QByteArray("url,username\nhttps://a.org,u\n") << QStringList()
-                                        << QList<int>() << QStringLiteral("no url or no password column");
-    QTest::newRow("quote never closed")
-        << header + "A,https://a.org,u,\"p,\n"
-        << QStringList() << QList<int>() << QStringLiteral("line 2 is never closed");
-    QTest::newRow("not utf-8") << header + "A,https://a.org,u,\xFF\xFE,\n"
-                               << QStringList() << QList<int>() << QStringLiteral("not UTF-8");
-    QTest::newRow("empty") << QByteArray() << QStringList() << QList<int>() << QStringLiteral("no header");
-    QTest::newRow("over the size limit") << QByteArray(PasswordCsv::maxFileSize + 1, 'a') << QStringList()
-                                         << QList<int>() << QStringLiteral("larger than 8 MiB");
+    row("own format", header + "Ex,https://ex.com/login,ann,pw1,\n",
+        { QStringLiteral("Ex|https://ex.com/login|ann|pw1|") });
+    row("quoting", header + "\"a,b\",https://ex.com,\"say \"\"hi\"\"\",\"p,w\"\"\",\"l1\r\nl2\"\r\n",
+        { QStringLiteral("a,b|https://ex.com|say \"hi\"|p,w\"|l1\r\nl2") });
+    row("bom, CRLF, no final newline, utf-8",
+        "\xEF\xBB\xBFname,url,username,password,note\r\n,https://ex.com,j\xC3\xBCrgen,\xD0\xBF\xD0\xB0,x",
+        { QString::fromUtf8("|https://ex.com|jürgen|па|x") });
+    row("origin, extra and unknown columns",
+        "origin,username,password,httpRealm,extra\nhttps://a.org,u,p,,z\n",
+        { QStringLiteral("|https://a.org|u|p|z") });
+    row("login_ aliases, Title and Notes case",
+        "folder,favorite,type,Title,Notes,login_uri,login_username,login_password\n,,login,Mail,n,https://"
+        "m.org,me,secret\n",
+        { QStringLiteral("Mail|https://m.org|me|secret|n") });
+    row("rows without url, password or host are refused, the others kept",
+        header
+            + ",,u,p,\nA,https://a.org,u,,\nB,https://b.org,u,p,\nC,not a url,u,p,\n\nD,https://d.org,u,p\n",
+        { QStringLiteral("B|https://b.org|u|p|"), QStringLiteral("D|https://d.org|u|p|") }, { 2, 3, 5 });
+    row("line numbers count breaks inside quotes", header + "A,https://a.org,u,p,\"1\n2\n3\"\nB,,u,p,\n",
+        { QStringLiteral("A|https://a.org|u|p|1\n2\n3") }, { 5 });
+    row("no password column", "url,username\nhttps://a.org,u\n", {}, {}, "no url or no password column");
+    row("quote never closed", header + "A,https://a.org,u,\"p,\n", {}, {}, "line 2 is never closed");
+    row("not utf-8", header + "A,https://a.org,u,\xFF\xFE,\n", {}, {}, "not UTF-8");
+    row("empty", QByteArray(), {}, {}, "no header");
+    row("over the size limit", QByteArray(PasswordCsv::maxFileSize + 1, 'a'), {}, {}, "larger than 8 MiB");
 }
 
 void TestPasswordCsv::read()

@@ -2,6 +2,7 @@
 // session bus of the test's own.
 
 #include "passwords/passwordmanager.h"
+#include "support/privatebus.h"
 #include "support/tempprofile.h"
 
 #include <QDBusConnection>
@@ -9,6 +10,7 @@
 #include <QProcess>
 #include <QStandardPaths>
 #include <QtTest>
+#include <memory>
 
 class TestPasswordKeyring : public QObject
 {
@@ -21,7 +23,7 @@ private slots:
 private:
     TempProfile m_profile;
     QTemporaryDir m_runtime;
-    QProcess m_bus;
+    std::unique_ptr<PrivateBus> m_bus;
     QProcess m_keyring;
 };
 
@@ -33,12 +35,8 @@ void TestPasswordKeyring::initTestCase()
         m_runtime.path(), QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
     qputenv("XDG_RUNTIME_DIR", QFile::encodeName(m_runtime.path()));
 
-    m_bus.start(QStringLiteral("dbus-daemon"),
-        { QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--print-address=1") });
-    QVERIFY(m_bus.waitForStarted());
-    QTRY_VERIFY(m_bus.canReadLine());
-    const QByteArray address = m_bus.readLine().trimmed();
-    qputenv("DBUS_SESSION_BUS_ADDRESS", address);
+    m_bus = std::make_unique<PrivateBus>(true);
+    QVERIFY2(m_bus->isValid(), qPrintable(m_bus->errorString()));
 
     m_keyring.start(QStringLiteral("gnome-keyring-daemon"),
         { QStringLiteral("--foreground"), QStringLiteral("--unlock"),
@@ -46,18 +44,16 @@ void TestPasswordKeyring::initTestCase()
     QVERIFY(m_keyring.waitForStarted());
     m_keyring.write("login-secret-of-the-test");
     m_keyring.closeWriteChannel();
-    QDBusConnection bus
-        = QDBusConnection::connectToBus(QString::fromLatin1(address), QStringLiteral("keyring-probe"));
+    QDBusConnection bus = QDBusConnection::connectToBus(m_bus->address(), QStringLiteral("keyring-probe"));
     QTRY_VERIFY_WITH_TIMEOUT(
         bus.interface()->isServiceRegistered(QStringLiteral("org.freedesktop.secrets")), 10000);
 }
 
 void TestPasswordKeyring::cleanupTestCase()
 {
-    for (QProcess* process : { &m_keyring, &m_bus }) {
-        process->kill();
-        process->waitForFinished();
-    }
+    m_keyring.kill();
+    m_keyring.waitForFinished();
+    m_bus.reset();
 }
 
 void TestPasswordKeyring::keyLivesInTheKeyring()

@@ -43,13 +43,6 @@ QByteArray contents(const QString& path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-void overwrite(const QString& path, const QByteArray& bytes)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(bytes);
-}
-
 QStringList logins(const PasswordManager& manager)
 {
     QStringList out;
@@ -153,10 +146,12 @@ void TestPasswordStore::refused()
             const int at = position < 0 ? bytes.size() + position : position;
             bytes[at] = char(bytes.at(at) ^ mask);
         }
-        if (mask || !replacement.isNull())
-            overwrite(path, mask ? bytes : replacement);
+        QFile file(path);
+        if (!mask && replacement.isNull())
+            QVERIFY(file.remove());
         else
-            QFile::remove(path);
+            QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate)
+                && file.write(mask ? bytes : replacement) > 0);
     }
     PasswordManager manager(dir.path());
     const QByteArray before = contents(manager.storePath());
@@ -177,16 +172,20 @@ void TestPasswordStore::saveOffer_data()
     QTest::addColumn<int>("offer");
 
     // The store holds ann/old on https://a.example; https://never.example is a never-save site.
-    QTest::newRow("new user on a known site")
-        << "https://a.example/login other pw" << int(PasswordManager::OfferSave);
-    QTest::newRow("same login") << "https://a.example/elsewhere ann old" << int(PasswordManager::NoOffer);
-    QTest::newRow("changed password") << "https://a.example ann new" << int(PasswordManager::OfferUpdate);
-    QTest::newRow("other port is another site")
-        << "https://a.example:8443 ann old" << int(PasswordManager::OfferSave);
-    QTest::newRow("subdomain is another site")
-        << "https://www.a.example ann old" << int(PasswordManager::OfferSave);
-    QTest::newRow("never-save site") << "https://never.example/x ann pw" << int(PasswordManager::NoOffer);
-    QTest::newRow("no host") << "about:blank ann pw" << int(PasswordManager::NoOffer);
+    const struct {
+        const char *name, *submitted;
+        PasswordManager::SaveOffer offer;
+    } rows[] = {
+        { "new user on a known site", "https://a.example/login other pw", PasswordManager::OfferSave },
+        { "same login", "https://a.example/elsewhere ann old", PasswordManager::NoOffer },
+        { "changed password", "https://a.example ann new", PasswordManager::OfferUpdate },
+        { "other port is another site", "https://a.example:8443 ann old", PasswordManager::OfferSave },
+        { "subdomain is another site", "https://www.a.example ann old", PasswordManager::OfferSave },
+        { "never-save site", "https://never.example/x ann pw", PasswordManager::NoOffer },
+        { "no host", "about:blank ann pw", PasswordManager::NoOffer },
+    };
+    for (const auto& row : rows)
+        QTest::newRow(row.name) << QString::fromLatin1(row.submitted) << int(row.offer);
 }
 
 void TestPasswordStore::saveOffer()

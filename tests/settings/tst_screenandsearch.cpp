@@ -30,6 +30,16 @@ QStringList rows(const QAbstractItemModel* model, const QList<int>& roles)
     return result;
 }
 
+// Adds the user's engine "Mine" and returns the id storage gave it, -1 if it failed.
+int addMine(SearchEnginesManager* engines)
+{
+    QSignalSpy added(DBManager::instance(), &DBManager::searchEngineAdded);
+    if (engines->addSearchEngine(QStringLiteral("Mine"), QStringLiteral("https://mine.example/?q=%s")) != 0
+        || !added.wait(5000))
+        return -1;
+    return added.first().first().value<SearchEngine>().id;
+}
+
 // Lets every request queued so far run on the storage thread.
 bool settle()
 {
@@ -133,11 +143,7 @@ void TestScreenAndSearch::searchEngineEdits()
     QCOMPARE(builtIn.size(), 3);
     QVERIFY(builtIn.at(2).endsWith(QLatin1String("/suggest-ff.cgi?part=|false")));
 
-    QSignalSpy added(DBManager::instance(), &DBManager::searchEngineAdded);
-    QCOMPARE(
-        engines->addSearchEngine(QStringLiteral("Mine"), QStringLiteral("https://mine.example/?q=%s")), 0);
-    QVERIFY(added.wait(5000));
-    const QString mineId = QString::number(added.first().first().value<SearchEngine>().id);
+    const QString mineId = QString::number(addMine(engines));
     QStringList words = call.replace(QLatin1String("mine"), mineId).split(QLatin1Char(' '));
     words.replaceInStrings(QStringLiteral("_"), QStringLiteral(" "));
     int actual = 0;
@@ -164,10 +170,7 @@ void TestScreenAndSearch::removingEngineInUseFallsBack()
     QCOMPARE(m_settings->searchEngineId(), engines->defaultEngineId());
     QVERIFY(engines->searchSuggestionsUrl().endsWith(QLatin1String("/suggest-ff.cgi?part=")));
 
-    QSignalSpy added(DBManager::instance(), &DBManager::searchEngineAdded);
-    engines->addSearchEngine(QStringLiteral("Mine"), QStringLiteral("https://mine.example/?q=%s"));
-    QVERIFY(added.wait(5000));
-    const int mine = added.first().first().value<SearchEngine>().id;
+    const int mine = addMine(engines);
     QVERIFY(mine >= 3);
 
     QSignalSpy urlChanged(engines, &SearchEnginesManager::searchUrlChanged);
@@ -196,26 +199,20 @@ void TestScreenAndSearch::siteZoom_data()
     QTest::addColumn<QString>("incognito");
     QTest::addColumn<QString>("file");
 
-    QTest::newRow("set once") << "n a.example/page 1.5"
-                              << "a.example|1.5"
-                              << ""
-                              << "a.example|1.5";
-    QTest::newRow("twice before storage answers: one row") << "n a.example/x 1.5;n a.example/y 2"
-                                                           << "a.example|2"
-                                                           << ""
-                                                           << "a.example|2";
-    QTest::newRow("incognito stays in memory") << "i a.example 3;n b.example 1.25"
-                                               << "b.example|1.25"
-                                               << "a.example|3"
-                                               << "b.example|1.25";
-    QTest::newRow("same site in both") << "n a.example 2;i a.example 0.5"
-                                       << "a.example|2"
-                                       << "a.example|0.5"
-                                       << "a.example|2";
-    QTest::newRow("removed before storage answered") << "n a.example 2;n b.example 3;n a.example 0"
-                                                     << "b.example|3"
-                                                     << ""
-                                                     << "b.example|3";
+    const char* rows[][5] = {
+        { "set once", "n a.example/page 1.5", "a.example|1.5", "", "a.example|1.5" },
+        { "twice before storage answers: one row", "n a.example/x 1.5;n a.example/y 2", "a.example|2", "",
+            "a.example|2" },
+        { "incognito stays in memory", "i a.example 3;n b.example 1.25", "b.example|1.25", "a.example|3",
+            "b.example|1.25" },
+        { "same site in both", "n a.example 2;i a.example 0.5", "a.example|2", "a.example|0.5",
+            "a.example|2" },
+        { "removed before storage answered", "n a.example 2;n b.example 3;n a.example 0", "b.example|3", "",
+            "b.example|3" },
+    };
+    for (const auto& row : rows)
+        QTest::newRow(row[0]) << QString::fromLatin1(row[1]) << QString::fromLatin1(row[2])
+                              << QString::fromLatin1(row[3]) << QString::fromLatin1(row[4]);
 }
 
 void TestScreenAndSearch::siteZoom()

@@ -1,16 +1,12 @@
-// The settings file: defaults, setters, older layouts, unreadable files and
-// crashes while it is being written.
+// The settings file: defaults, setters, older layouts and unreadable files.
 
 #include "settings/settingsmanager.h"
 #include "storage/dbmanager.h"
 #include "support/logcapture.h"
 #include "support/tempprofile.h"
 
-#include <QProcess>
-#include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QStandardPaths>
-#include <QTimer>
 #include <QtTest>
 #include <memory>
 
@@ -53,33 +49,6 @@ void writeFile(const QString& path, const Values& values)
         file.setValue(it.key(), it.value());
 }
 
-const QString writerFlag = QStringLiteral("--write-settings");
-const int blobSize = 200000;
-
-// Child process of crashNeverLeavesHalfAFile: changes two settings together,
-// as fast as the event loop lets QSettings write them, until it is killed.
-int runWriter(int argc, char** argv)
-{
-    QCoreApplication app(argc, argv);
-    SettingsManager settings(QString::fromLocal8Bit(argv[2]), DBManager::instance());
-    const QString blob(blobSize, QLatin1Char('x'));
-    int round = 0;
-    bool announced = false;
-    QTimer timer;
-    QObject::connect(&timer, &QTimer::timeout, [&] {
-        ++round;
-        settings.setHomePageUrl(QStringLiteral("https://example.com/%1#%2").arg(blob).arg(round));
-        settings.setMostVisitedCount(round);
-        // Killable once a whole file is on disk.
-        if (!announced && QFileInfo(settings.fileName()).size() > blobSize) {
-            announced = true;
-            printf("writing\n");
-            fflush(stdout);
-        }
-    });
-    timer.start(0);
-    return app.exec();
-}
 } // namespace
 
 class TestSettingsManager : public QObject
@@ -95,7 +64,6 @@ private slots:
     void olderLayoutsMigrated();
     void unreadableFileMovedAside_data();
     void unreadableFileMovedAside();
-    void crashNeverLeavesHalfAFile();
 
 private:
     std::unique_ptr<TempProfile> m_profile;
@@ -196,23 +164,24 @@ void TestSettingsManager::olderLayoutsMigrated_data()
     QTest::addColumn<QString>("after"); // the whole file after a start
     QTest::addColumn<int>("camera");
 
-    QTest::newRow("1.200, camera allowed") << "version=1.200 camera=1 geo=0 tabs=5"
-                                           << "version=1.284 camera=2 geo=0 tabs=5" << 2;
-    QTest::newRow("no version, every policy allowed")
-        << "camera=1 mic=1 screen=1 geo=1 notif=1"
-        << "version=1.284 camera=2 mic=2 screen=2 geo=2 notif=2" << 2;
-    QTest::newRow("no version, nothing set") << ""
-                                             << "version=1.284" << 2;
-    QTest::newRow("current") << "version=1.284 camera=1"
-                             << "version=1.284 camera=1" << 1;
-    QTest::newRow("newer within 1") << "version=1.300 camera=1"
-                                    << "version=1.300 camera=1" << 1;
-    QTest::newRow("2.0.7") << "version=2.0.7 mic=1 camera=0"
-                           << "version=2.1.0.5 mic=2 camera=0" << 0;
-    QTest::newRow("2.1.0 is current") << "version=2.1.0 camera=1"
-                                      << "version=2.1.0 camera=1" << 1;
-    QTest::newRow("unknown major") << "version=3.0 camera=1"
-                                   << "version=3.0 camera=1" << 1;
+    const struct {
+        const char *name, *before, *after;
+        int camera;
+    } rows[] = {
+        { "1.200, camera allowed", "version=1.200 camera=1 geo=0 tabs=5",
+            "version=1.284 camera=2 geo=0 tabs=5", 2 },
+        { "no version, every policy allowed", "camera=1 mic=1 screen=1 geo=1 notif=1",
+            "version=1.284 camera=2 mic=2 screen=2 geo=2 notif=2", 2 },
+        { "no version, nothing set", "", "version=1.284", 2 },
+        { "current", "version=1.284 camera=1", "version=1.284 camera=1", 1 },
+        { "newer within 1", "version=1.300 camera=1", "version=1.300 camera=1", 1 },
+        { "2.0.7", "version=2.0.7 mic=1 camera=0", "version=2.1.0.5 mic=2 camera=0", 0 },
+        { "2.1.0 is current", "version=2.1.0 camera=1", "version=2.1.0 camera=1", 1 },
+        { "unknown major", "version=3.0 camera=1", "version=3.0 camera=1", 1 },
+    };
+    for (const auto& row : rows)
+        QTest::newRow(row.name) << QString::fromLatin1(row.before) << QString::fromLatin1(row.after)
+                                << row.camera;
 }
 
 void TestSettingsManager::olderLayoutsMigrated()
@@ -270,47 +239,5 @@ void TestSettingsManager::unreadableFileMovedAside()
     }
 }
 
-void TestSettingsManager::crashNeverLeavesHalfAFile()
-{
-    int killedWhileWriting = 0;
-    for (int attempt = 0; attempt < 12; ++attempt) {
-        QTemporaryDir childProfile;
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(QStringLiteral("XDG_DATA_HOME"), childProfile.path());
-        env.insert(QStringLiteral("XDG_CONFIG_HOME"), childProfile.path());
-        const QStringList leftBefore = QDir(m_dir->path()).entryList(QDir::Files);
-        QProcess writer;
-        writer.setProcessEnvironment(env);
-        writer.start(QCoreApplication::applicationFilePath(), { writerFlag, m_path });
-        QVERIFY(writer.waitForReadyRead(20000));
-        QTest::qWait(QRandomGenerator::global()->bounded(5, 60));
-        writer.kill();
-        QVERIFY(writer.waitForFinished(10000));
-        // A new temporary file left beside the settings file: the kill came mid-write.
-        if (QDir(m_dir->path()).entryList(QDir::Files).size() > qMax(1, leftBefore.size()))
-            ++killedWhileWriting;
-
-        const Values file = fileContents(m_path);
-        QSettings check(m_path, QSettings::NativeFormat);
-        QCOMPARE(check.status(), QSettings::NoError);
-        const QString url = file.value(QStringLiteral("homepage/home_page_url")).toString();
-        const int round = file.value(QStringLiteral("homepage/most_visited_count")).toInt();
-        QVERIFY2(round > 0, "the child never wrote a complete file");
-        // Both values of one round, whole.
-        QCOMPARE(
-            url.size(), blobSize + int(qstrlen("https://example.com/#")) + QString::number(round).size());
-        QVERIFY(url.endsWith(QLatin1Char('#') + QString::number(round)));
-    }
-    qInfo() << "killed with a write under way in" << killedWhileWriting << "of 12 runs";
-}
-
-int main(int argc, char** argv)
-{
-    if (argc == 3 && QString::fromLocal8Bit(argv[1]) == writerFlag)
-        return runWriter(argc, argv);
-    QCoreApplication app(argc, argv);
-    TestSettingsManager test;
-    return QTest::qExec(&test, argc, argv);
-}
-
+QTEST_GUILESS_MAIN(TestSettingsManager)
 #include "tst_settingsmanager.moc"

@@ -6,6 +6,7 @@
 #include "settings/permissionsproxymodel.h"
 #include "storage/dbmanager.h"
 #include "support/dbfileprobe.h"
+#include "support/httpserver.h"
 #include "support/logcapture.h"
 #include "support/tempprofile.h"
 
@@ -16,8 +17,6 @@
 #include <QQmlContext>
 #include <QQmlEngine>
 #include <QSignalSpy>
-#include <QTcpServer>
-#include <QTcpSocket>
 #include <QtTest>
 #include <QtWebEngine>
 #include <memory>
@@ -133,36 +132,24 @@ void TestSitePermissions::calls_data()
     QTest::addColumn<QString>("engine");
     QTest::addColumn<bool>("logged"); // "unexpected permission type requested!"
 
-    QTest::newRow("allow camera, new site") << "update 0 t"
-                                            << "1 - - - - - -"
-                                            << "0 1 1 1" << false;
-    QTest::newRow("refuse camera") << "add 2 2 2 2 2 2 2;update 0 f"
-                                   << "0 2 2 2 2 2 2"
-                                   << "2 1 1 1" << false;
-    QTest::newRow("reset location") << "add 1 1 1 1 1 1 1;update 2 -"
-                                    << "1 1 - 1 1 1 1"
-                                    << "0 0 1 0" << false;
-    QTest::newRow("microphone back to ask") << "add 1 1 1 1 1 1 1;update 1 2"
-                                            << "1 2 1 1 1 1 1"
-                                            << "0 1 0 0" << false;
-    QTest::newRow("notifications by number") << "update 3 1"
-                                             << "- - - 1 - - -"
-                                             << "1 1 1 0" << false;
-    QTest::newRow("popups kept, not forwarded") << "add 2 2 2 2 2 2 2;update 5 t"
-                                                << "2 2 2 2 2 1 2"
-                                                << "1 1 1 1" << true;
-    QTest::newRow("screen capture kept, not forwarded") << "update 4 f"
-                                                        << "- - - - 0 - -"
-                                                        << "1 1 1 1" << true;
-    QTest::newRow("unknown kind") << "add 1 1 1 1 1 1 1;update 9 f"
-                                  << "1 1 1 1 1 1 1"
-                                  << "0 0 0 0" << true;
-    QTest::newRow("revoke") << "add 0 1 0 1 1 1 1;revoke"
-                            << "- - - - - - -"
-                            << "1 1 1 1" << false;
-    QTest::newRow("remove") << "add 0 1 0 1 1 1 1;remove"
-                            << ""
-                            << "1 1 1 1" << false;
+    const struct {
+        const char *name, *calls, *stored, *engine;
+        bool logged;
+    } rows[] = {
+        { "allow camera, new site", "update 0 t", "1 - - - - - -", "0 1 1 1", false },
+        { "refuse camera", "add 2 2 2 2 2 2 2;update 0 f", "0 2 2 2 2 2 2", "2 1 1 1", false },
+        { "reset location", "add 1 1 1 1 1 1 1;update 2 -", "1 1 - 1 1 1 1", "0 0 1 0", false },
+        { "microphone back to ask", "add 1 1 1 1 1 1 1;update 1 2", "1 2 1 1 1 1 1", "0 1 0 0", false },
+        { "notifications by number", "update 3 1", "- - - 1 - - -", "1 1 1 0", false },
+        { "popups kept, not forwarded", "add 2 2 2 2 2 2 2;update 5 t", "2 2 2 2 2 1 2", "1 1 1 1", true },
+        { "screen capture kept, not forwarded", "update 4 f", "- - - - 0 - -", "1 1 1 1", true },
+        { "unknown kind", "add 1 1 1 1 1 1 1;update 9 f", "1 1 1 1 1 1 1", "0 0 0 0", true },
+        { "revoke", "add 0 1 0 1 1 1 1;revoke", "- - - - - - -", "1 1 1 1", false },
+        { "remove", "add 0 1 0 1 1 1 1;remove", "", "1 1 1 1", false },
+    };
+    for (const auto& row : rows)
+        QTest::newRow(row.name) << QString::fromLatin1(row.calls) << QString::fromLatin1(row.stored)
+                                << QString::fromLatin1(row.engine) << row.logged;
 }
 
 void TestSitePermissions::calls()
@@ -325,22 +312,13 @@ void TestSitePermissions::pageRequest()
     QFETCH(int, prompts);
 
     // One page on 127.0.0.1, on a port of its own so that no earlier origin's answer is reused.
-    QTcpServer server;
-    QVERIFY(server.listen(QHostAddress::LocalHost, 0));
-    connect(&server, &QTcpServer::newConnection, this, [&server] {
-        QTcpSocket* socket = server.nextPendingConnection();
-        connect(socket, &QTcpSocket::readyRead, socket, [socket] {
-            socket->readAll();
-            const QByteArray body = "<html><head><title>asking</title></head><body><script>"
-                                    "Notification.requestPermission().then(function (answer) {"
-                                    " document.title = 'answer:' + answer; });</script></body></html>";
-            socket->write("HTTP/1.1 200 OK\r\nContent-Type: text/html\r\nConnection: close\r\n"
-                          "Content-Length: "
-                + QByteArray::number(body.size()) + "\r\n\r\n" + body);
-            socket->disconnectFromHost();
-        });
-    });
-    const QString origin = QStringLiteral("http://127.0.0.1:%1").arg(server.serverPort());
+    HttpServer server;
+    QVERIFY(server.start());
+    server.route("/page.html",
+        "<html><head><title>asking</title></head><body><script>Notification.requestPermission().then("
+        "function (answer) { document.title = 'answer:' + answer; });</script></body></html>",
+        "text/html");
+    const QString origin = server.url().toString();
     for (const QVariant& answer : values(answers))
         m_manager->updatePermission(origin, Permission::Notification, answer);
 
