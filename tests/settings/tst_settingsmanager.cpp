@@ -1,12 +1,16 @@
-// The settings file: defaults, setters, older layouts and unreadable files.
+// The settings file: defaults, setters, older layouts, unreadable files and
+// crashes while it is being written.
 
 #include "settings/settingsmanager.h"
 #include "storage/dbmanager.h"
 #include "support/logcapture.h"
 #include "support/tempprofile.h"
 
+#include <QProcess>
+#include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QStandardPaths>
+#include <QTimer>
 #include <QtTest>
 #include <memory>
 
@@ -49,6 +53,33 @@ void writeFile(const QString& path, const Values& values)
         file.setValue(it.key(), it.value());
 }
 
+const QString writerFlag = QStringLiteral("--write-settings");
+const int blobSize = 200000;
+
+// Child process of crashNeverLeavesHalfAFile: changes two settings together,
+// as fast as the event loop lets QSettings write them, until it is killed.
+int runWriter(int argc, char** argv)
+{
+    QCoreApplication app(argc, argv);
+    SettingsManager settings(QString::fromLocal8Bit(argv[2]), DBManager::instance());
+    const QString blob(blobSize, QLatin1Char('x'));
+    int round = 0;
+    bool announced = false;
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, [&] {
+        ++round;
+        settings.setHomePageUrl(QStringLiteral("https://example.com/%1#%2").arg(blob).arg(round));
+        settings.setMostVisitedCount(round);
+        // Killable once a whole file is on disk.
+        if (!announced && QFileInfo(settings.fileName()).size() > blobSize) {
+            announced = true;
+            printf("writing\n");
+            fflush(stdout);
+        }
+    });
+    timer.start(0);
+    return app.exec();
+}
 } // namespace
 
 class TestSettingsManager : public QObject
@@ -64,6 +95,7 @@ private slots:
     void olderLayoutsMigrated();
     void unreadableFileMovedAside_data();
     void unreadableFileMovedAside();
+    void crashNeverLeavesHalfAFile();
 
 private:
     std::unique_ptr<TempProfile> m_profile;
@@ -239,5 +271,47 @@ void TestSettingsManager::unreadableFileMovedAside()
     }
 }
 
-QTEST_GUILESS_MAIN(TestSettingsManager)
+void TestSettingsManager::crashNeverLeavesHalfAFile()
+{
+    int killedWhileWriting = 0;
+    for (int attempt = 0; attempt < 12; ++attempt) {
+        QTemporaryDir childProfile;
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert(QStringLiteral("XDG_DATA_HOME"), childProfile.path());
+        env.insert(QStringLiteral("XDG_CONFIG_HOME"), childProfile.path());
+        const QStringList leftBefore = QDir(m_dir->path()).entryList(QDir::Files);
+        QProcess writer;
+        writer.setProcessEnvironment(env);
+        writer.start(QCoreApplication::applicationFilePath(), { writerFlag, m_path });
+        QVERIFY(writer.waitForReadyRead(20000));
+        QTest::qWait(QRandomGenerator::global()->bounded(5, 60));
+        writer.kill();
+        QVERIFY(writer.waitForFinished(10000));
+        // A new temporary file left beside the settings file: the kill came mid-write.
+        if (QDir(m_dir->path()).entryList(QDir::Files).size() > qMax(1, leftBefore.size()))
+            ++killedWhileWriting;
+
+        const Values file = fileContents(m_path);
+        QSettings check(m_path, QSettings::NativeFormat);
+        QCOMPARE(check.status(), QSettings::NoError);
+        const QString url = file.value(QStringLiteral("homepage/home_page_url")).toString();
+        const int round = file.value(QStringLiteral("homepage/most_visited_count")).toInt();
+        QVERIFY2(round > 0, "the child never wrote a complete file");
+        // Both values of one round, whole.
+        QCOMPARE(
+            url.size(), blobSize + int(qstrlen("https://example.com/#")) + QString::number(round).size());
+        QVERIFY(url.endsWith(QLatin1Char('#') + QString::number(round)));
+    }
+    qInfo() << "killed with a write under way in" << killedWhileWriting << "of 12 runs";
+}
+
+int main(int argc, char** argv)
+{
+    if (argc == 3 && QString::fromLocal8Bit(argv[1]) == writerFlag)
+        return runWriter(argc, argv);
+    QCoreApplication app(argc, argv);
+    TestSettingsManager test;
+    return QTest::qExec(&test, argc, argv);
+}
+
 #include "tst_settingsmanager.moc"
