@@ -19,7 +19,6 @@ public:
     ~DbFileProbe();
 
     QSqlDatabase database() const { return QSqlDatabase::database(m_name, false); }
-    bool isOpen() const { return database().isOpen(); }
     // The first row as text; invalid when there is none.
     QVariant value(const QString& sql)
     {

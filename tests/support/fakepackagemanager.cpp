@@ -2,7 +2,6 @@
 
 #include <QDBusArgument>
 #include <QDBusMetaType>
-#include <QDeadlineTimer>
 #include <QThread>
 #include <QUuid>
 #include <QtTest>
@@ -217,17 +216,6 @@ QList<FakePackageManager::Call> FakePackageManager::calls(const QString& method)
             result << call;
     }
     return result;
-}
-
-bool FakePackageManager::waitForCalls(const QString& method, int count, int timeoutMs) const
-{
-    QDeadlineTimer deadline(timeoutMs);
-    while (calls(method).size() < count) {
-        if (deadline.hasExpired())
-            return false;
-        QTest::qWait(5);
-    }
-    return true;
 }
 
 QVariant FakePackageManager::structure(const QVariantList& members)

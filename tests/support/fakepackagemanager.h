@@ -67,8 +67,6 @@ public:
 
     QList<Call> calls(const QString& method = QString()) const;
     void clearCalls();
-    // Runs the event loop until `method` was called `count` times in all, or the time is up.
-    bool waitForCalls(const QString& method, int count = 1, int timeoutMs = 5000) const;
 
     // A D-Bus structure of these values, e.g. structure({ true, QString() }) for "(bs)".
     static QVariant structure(const QVariantList& members);

@@ -50,8 +50,6 @@ private:
         }
         m_response = m_server->responseFor(request.path);
         m_range = request.headers.value("range");
-        if (m_response.noReply)
-            return;
         if (m_response.delayMs > 0)
             QTimer::singleShot(m_response.delayMs, this, [this] { answer(); });
         else
@@ -87,8 +85,7 @@ private:
 
         QByteArray head = "HTTP/1.1 " + QByteArray::number(status) + " X\r\n";
         head += "Content-Type: " + m_response.contentType + "\r\n";
-        if (!m_response.omitContentLength)
-            head += "Content-Length: " + QByteArray::number(m_body.size()) + "\r\n";
+        head += "Content-Length: " + QByteArray::number(m_body.size()) + "\r\n";
         for (const auto& header : m_response.headers)
             head += header.first + ": " + header.second + "\r\n";
         head += extra + "Connection: close\r\n\r\n";

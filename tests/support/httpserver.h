@@ -28,12 +28,10 @@ public:
         QByteArray contentType = "text/plain";
         QList<QPair<QByteArray, QByteArray>> headers; // extra headers, sent as given
         int delayMs = 0; // wait before the status line
-        bool noReply = false; // read the request and never answer
         bool acceptRanges = false; // honour "Range: bytes=a-" / "bytes=a-b" with 206
         int dropAfterBytes = -1; // close the connection after this many body bytes
         int chunkBytes = 64 * 1024; // body written in chunks of this size...
         int chunkDelayMs = 0; // ...with this pause between them (throttling)
-        bool omitContentLength = false;
     };
 
     struct Request {
