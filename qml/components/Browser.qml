@@ -46,8 +46,6 @@ Rectangle {
     function selectTab(index) {
         if (index < 0 || index >= tabStore.count)
             return
-        if (currentTab && currentTab.live && index !== currentIndex)
-            captureScreenshot(currentTab)
         currentIndex = index
         page = ""
         SettingsManager.lastOpenedTabID = tabStore.tabId(index)
@@ -81,8 +79,18 @@ Rectangle {
     }
     function showPage(name) { page = name }
     function pageLoaded(tab) {
-        if (tab === currentTab && bookmarks)
+        if (tab !== currentTab)
+            return
+        if (bookmarks)
             bookmarks.getBookmarked(tab.url)
+        screenshotDelay.restart()
+    }
+    // The switcher shows what the current tab looks like now: taken first, shown after.
+    function openTabSwitcher() {
+        if (page === "TabsPage")
+            return showPage("")
+        if (!captureScreenshot(currentTab, "TabsPage"))
+            showPage("TabsPage")
     }
     function bookmarkCurrent() {
         if (!currentTab || Urls.isInternal(currentTab.url) || !bookmarks)
@@ -115,11 +123,14 @@ Rectangle {
                 PwaManager.install(tab.pageHandle, FilePathUtils.getBaseUrl(tab.url), manifestUrl)
             })
     }
-    function captureScreenshot(tab) {
-        if (!tab || !tab.view || screenshotTaker.pending)
-            return
+    // The content area is taken, not the tab alone: a tab on its start page shows that page.
+    function captureScreenshot(tab, nextPage) {
+        if (!tab || screenshotTaker.pending || page !== "")
+            return false
         screenshotTaker.pending = tab
-        ScreenshotUtils.captureScreenshot(tab, false)
+        screenshotTaker.nextPage = nextPage || ""
+        ScreenshotUtils.captureScreenshot(contentArea, false)
+        return true
     }
     function openPrivateWindow() { privateWindowRequested() }
     function askPermission(view, origin, feature) { permissionPrompt.ask(view, origin, feature) }
@@ -175,6 +186,13 @@ Rectangle {
     QtObject {
         id: screenshotTaker
         property var pending: null
+        property string nextPage: ""
+    }
+    // A page that has just finished loading may still be painting.
+    Timer {
+        id: screenshotDelay
+        interval: 800
+        onTriggered: root.captureScreenshot(root.currentTab)
     }
     Connections {
         target: ScreenshotUtils
@@ -183,6 +201,8 @@ Rectangle {
             screenshotTaker.pending = null
             if (!tab)
                 return
+            if (screenshotTaker.nextPage !== "")
+                root.showPage(screenshotTaker.nextPage)
             tab.storedScreenshot = base64Image
             tabStore.setScreenshot(tabStore.indexOfTab(tab.tabId), tab.tabId, base64Image)
         }
@@ -220,6 +240,7 @@ Rectangle {
         }
 
         Item {
+            id: contentArea
             Layout.fillWidth: true
             Layout.fillHeight: true
 

@@ -47,7 +47,7 @@ ToolBar {
         ToolButton {
             objectName: "tabsButton"
             text: browser.tabs.count
-            onClicked: browser.showPage(browser.page === "TabsPage" ? "" : "TabsPage")
+            onClicked: browser.openTabSwitcher()
         }
         ToolButton {
             objectName: "menuButton"

@@ -7,9 +7,14 @@ function fromInput(text, searchUrl)
     var t = text.trim()
     if (t === "")
         return ""
-    if (/^[a-zA-Z][a-zA-Z0-9+.-]*:/.test(t) && t.indexOf(" ") < 0)
+    if (t.indexOf(" ") >= 0)
+        return searchUrl.replace("%s", encodeURIComponent(t))
+    // "host:8080/..." names a port, not a scheme.
+    if (/^[^\/:]+:\d+(\/|$)/.test(t))
+        return "http://" + t
+    if (/^[a-zA-Z][a-zA-Z0-9+.-]*:/.test(t))
         return t
-    if (t.indexOf(" ") < 0 && (/^[^\/]+\.[^\/]+/.test(t) || /^localhost(:\d+)?(\/|$)/.test(t)))
+    if (/^[^\/]+\.[^\/]+/.test(t) || /^localhost(\/|$)/.test(t))
         return "http://" + t
     return searchUrl.replace("%s", encodeURIComponent(t))
 }

@@ -21,6 +21,8 @@ Item {
     property string storedTitle: ""
     property string storedScreenshot: ""
     property string blockedUrl: ""
+    // A tab on its start page has no view until it opens a page.
+    property bool wantsView: false
     property bool loading: view ? view.loading : false
     property real progress: view ? view.loadProgress / 100 : 0
 
@@ -50,6 +52,7 @@ Item {
             browser.tabs.updateActivity(tabId, current)
     }
     onLiveChanged: {
+        wantsView = live && (wantsView || !Urls.isInternal(pendingUrl))
         if (live)
             browser.tabs.addLiveTab(tabId, current)
         else
@@ -61,8 +64,8 @@ Item {
         pendingUrl = url
         if (view && !Urls.isInternal(url))
             view.url = url
-        else
-            live = current || live
+        wantsView = wantsView || !Urls.isInternal(url)
+        live = current || live
     }
     // Frees the view; the tab keeps its place and reloads when it is shown again.
     function discard() {
@@ -70,6 +73,7 @@ Item {
             return
         pendingUrl = url
         storedTitle = title
+        wantsView = false
         live = false
     }
     function goBack() { if (tabHistory.canGoBack) load(tabHistory.goBack()) }
@@ -79,7 +83,7 @@ Item {
     Loader {
         id: viewLoader
         anchors.fill: parent
-        active: tab.live
+        active: tab.live && tab.wantsView
         sourceComponent: WebEngineView {
             id: webView
             objectName: "webView"

@@ -16,11 +16,6 @@ ColumnLayout {
             onEditingFinished: SettingsManager.defaultDownloadPath = text
         }
     }
-    CheckBox {
-        text: qsTrId("webdeck-la-ask-before-download")
-        checked: SettingsManager.defaultDownloadRequest
-        onToggled: SettingsManager.defaultDownloadRequest = checked
-    }
     Label { text: qsTrId("webdeck-la-start-page"); font.bold: true }
     RowLayout {
         Label { text: qsTrId("webdeck-la-most-visited-count") }

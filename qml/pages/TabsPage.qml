@@ -10,9 +10,6 @@ Rectangle {
     property var browser
     color: "#e8eaed"
 
-    Component.onCompleted: if (browser && browser.currentTab) browser.captureScreenshot(browser.currentTab)
-    onBrowserChanged: if (browser && browser.currentTab) browser.captureScreenshot(browser.currentTab)
-
     ColumnLayout {
         anchors.fill: parent
         spacing: 0
