@@ -1,6 +1,7 @@
 import QtQuick 2.15
 import QtQuick.Controls 2.15
 import QtQuick.Layouts 1.15
+import QtQuick.Window 2.15
 import BrowserInternal 1.0
 import "../components"
 
@@ -11,7 +12,17 @@ Rectangle {
     property var browser
     color: "#f4f5f7"
 
+    property bool painted: false
+
     MostVisitedModel { id: mostVisited }
+    // The first frame on screen with this page in it (start-up time is measured to here).
+    Connections {
+        target: page.painted ? null : page.Window.window
+        function onFrameSwapped() {
+            page.painted = true
+            console.log("start page painted")
+        }
+    }
     Component.onCompleted: {
         mostVisited.getMostVisitedLinks(SettingsManager.mostVisitedCount)
         console.log("start page shown")

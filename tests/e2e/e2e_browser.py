@@ -222,6 +222,11 @@ def scenario(run, site):
             raise Failure("bookmarking the page was refused")
         first.eval("browser.showPage('BookmarksPage')")
         first.wait_eval("window.textsOf('bookmarkList').indexOf('E2E Home') >= 0", "the bookmark in the bookmarks page")
+        first.eval("browser.showPage('')")
+        if not first.eval("browser.addCurrentToAppGrid()"):
+            raise Failure("the page did not reach the app grid")
+        if not glob.glob(os.path.join(run.data_home, "applications", "ru.nuvo.webdeck.bookmark.*.desktop")):
+            raise Failure("no desktop entry for the app-grid bookmark")
     run.step("02-bookmark", bookmark)
 
     def download():
@@ -260,6 +265,7 @@ def scenario(run, site):
         run.restarted = again = run.browser("second")
         again.connect()
         if not tabs_kept:
+            print("     quit on SIGTERM and history on disk checked; tab restore needs TabsModel")
             return "skip"
         urls = again.wait_eval("browser.tabs.count === 2 && browser.tabAt(1) ? [browser.tabAt(0).url, browser.tabAt(1).url] : null",
                                "the two tabs restored")
