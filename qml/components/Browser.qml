@@ -23,7 +23,10 @@ Rectangle {
     property alias normalProfile: normalProfile
     property alias privateProfile: privateProfile
     property int currentIndex: -1
-    readonly property var currentTab: currentIndex >= 0 ? tabRepeater.itemAt(currentIndex) : null
+    // Depends on the repeater's items too: they may come after the index.
+    property int tabItemsRevision: 0
+    readonly property var currentTab: tabItemsRevision >= 0 && currentIndex >= 0
+                                      ? tabRepeater.itemAt(currentIndex) : null
     // "" shows the current tab; otherwise the name of a page in pages/.
     property string page: ""
     property string statusText: ""
@@ -72,7 +75,8 @@ Rectangle {
             n += tabRepeater.itemAt(i) && tabRepeater.itemAt(i).live ? 1 : 0
         return n
     }
-    function discardIdleTabs() { tabStore.findCandidateDiscardTab(DownloadManager.runningCount > 0 ? [currentTab ? currentTab.tabId : -1] : []) }
+    // Downloads run in the engine without their tab, so no tab needs keeping for one.
+    function discardIdleTabs() { tabStore.findCandidateDiscardTab([]) }
     function zoomFor(url, incognito) {
         var dpr = SettingsManager.screenSettingsManager.getDpr(url, incognito)
         return dpr > 0 ? dpr : 1.0
@@ -167,9 +171,10 @@ Rectangle {
     Connections {
         target: tabStore.backend
         ignoreUnknownSignals: true
-        // Restored tabs arrive after the window is up: show the one that was current.
-        function onTabsAvailable() { root.restoreSelection() }
-        function onModelReset() { root.restoreSelection() }
+        // Restored tabs arrive after the window is up (the model is reset with
+        // them, even when there are none): show the one that was current.
+        // Later, not inside the reset: the model announces its count and selection after it.
+        function onModelReset() { Qt.callLater(root.restoreSelection) }
     }
     property bool restored: false
     function restoreSelection() {
@@ -204,7 +209,7 @@ Rectangle {
             if (screenshotTaker.nextPage !== "")
                 root.showPage(screenshotTaker.nextPage)
             tab.storedScreenshot = base64Image
-            tabStore.setScreenshot(tabStore.indexOfTab(tab.tabId), tab.tabId, base64Image)
+            tabStore.setScreenshot(tabStore.indexOfTab(tab.tabId), base64Image)
         }
     }
 
@@ -247,12 +252,15 @@ Rectangle {
             Repeater {
                 id: tabRepeater
                 model: tabStore.model
+                onItemAdded: root.tabItemsRevision++
+                onItemRemoved: root.tabItemsRevision++
                 delegate: WebTab {
                     anchors.fill: parent
                     browser: root
                     tabId: model.tabId
                     incognito: root.privateMode
                     pendingUrl: model.url
+                    listedUrl: tabStore.backend && !root.privateMode ? model.url : ""
                     storedTitle: model.title
                     storedScreenshot: model.screenshot || ""
                     current: index === root.currentIndex
@@ -297,17 +305,19 @@ Rectangle {
         // The administrator's lists arrive later and follow every change of the policy.
         if (!privateMode)
             ManagedConfigurationUtils.requestUrlAccessPolicy()
+        tabStore.start()
         // Without the back end's tab list nothing will be restored: start at once.
         if (!tabStore.backend || privateMode)
             restoreSelection()
         else
             restoreTimer.start()
     }
-    // Outside incognito mode the stored tabs arrive from the storage thread;
-    // if there are none, the start URL opens in a fresh tab.
+    // Outside incognito mode the stored tabs arrive from the storage thread.
+    // A tab opened before they arrive would be replaced by them, so only a
+    // storage that never answers makes the window go on without them.
     Timer {
         id: restoreTimer
-        interval: 1500
+        interval: 10000
         onTriggered: root.restoreSelection()
     }
 }

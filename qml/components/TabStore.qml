@@ -24,7 +24,10 @@ Item {
         function onDiscardTab(tabId) { store.discardRequested(tabId) }
     }
 
-    Component.onCompleted: {
+    // Called by the browser once its own settings (incognito) are in place.
+    function start() {
+        if (backend)
+            return
         try {
             backend = Qt.createQmlObject("import BrowserInternal 1.0; TabsModel {}", store, "TabStore")
             // The model starts incognito; leaving that mode once loads the stored tabs.
@@ -59,9 +62,9 @@ Item {
         }
         return -1
     }
-    function setScreenshot(index, tabId, screenshot) {
+    function setScreenshot(index, screenshot) {
         if (backend)
-            backend.setScreenshotToDB(tabId, screenshot)
+            backend.setScreenshotToDB(index, screenshot)
         else if (index >= 0 && index < memoryModel.count)
             memoryModel.setProperty(index, "screenshot", screenshot)
     }

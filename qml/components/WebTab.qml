@@ -20,6 +20,9 @@ Item {
     property string pendingUrl: ""
     property string storedTitle: ""
     property string storedScreenshot: ""
+    // The url the tab list holds for this tab: its history already has it,
+    // so its first load only names it.
+    property string listedUrl: ""
     property string blockedUrl: ""
     // A tab on its start page has no view until it opens a page.
     property bool wantsView: false
@@ -149,7 +152,11 @@ Item {
                     tab.pendingUrl = url
                     if (!tab.incognito)
                         browser.historyModel.add(url, title)
-                    tabHistory.add(url, title)
+                    if (url === tab.listedUrl)
+                        tabHistory.updateTitle(url, title)
+                    else
+                        tabHistory.add(url, title)
+                    tab.listedUrl = ""
                     browser.pageLoaded(tab)
                 } else if (loadRequest.status === WebEngineView.LoadFailedStatus) {
                     console.log("page failed", loadRequest.url, loadRequest.errorString)

@@ -222,6 +222,7 @@ def scenario(run, site):
             raise Failure("bookmarking the page was refused")
         first.eval("browser.showPage('BookmarksPage')")
         first.wait_eval("window.textsOf('bookmarkList').indexOf('E2E Home') >= 0", "the bookmark in the bookmarks page")
+        run.screenshot("02-bookmarks-page")
         first.eval("browser.showPage('')")
         if not first.eval("browser.addCurrentToAppGrid()"):
             raise Failure("the page did not reach the app grid")
