@@ -495,5 +495,9 @@
         <source>This page is blocked</source>
         <translation>Страница заблокирована</translation>
     </message>
+    <message id="webdeck-la-private">
+        <source>Private</source>
+        <translation>Приватно</translation>
+    </message>
 </context>
 </TS>

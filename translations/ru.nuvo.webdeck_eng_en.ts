@@ -495,5 +495,9 @@
         <source>This page is blocked</source>
         <translation>This page is blocked</translation>
     </message>
+    <message id="webdeck-la-private">
+        <source>Private</source>
+        <translation>Private</translation>
+    </message>
 </context>
 </TS>

@@ -32,6 +32,13 @@ ToolBar {
             enabled: toolbar.tab !== null && toolbar.tab.view !== null
             onClicked: toolbar.tab.loading ? toolbar.tab.view.stop() : toolbar.tab.view.reload()
         }
+        Label {
+            visible: toolbar.browser.privateMode
+            text: qsTrId("webdeck-la-private")
+            color: "white"
+            padding: 6
+            background: Rectangle { color: "#5A4DE5"; radius: 4 }
+        }
         AddressField {
             id: addressField
             objectName: "addressField"

@@ -272,7 +272,25 @@ def scenario(run, site):
                                "the two tabs restored")
         if urls != [index, second]:
             raise Failure("restored tabs: %r" % urls)
+        # A discarded background tab frees its view and loads again when shown.
+        again.eval("browser.selectTab(1)")
+        again.wait_eval("browser.tabAt(1).view !== null", "the second tab's view")
+        again.eval("browser.tabs.backend.discardTab(browser.tabAt(0).tabId)")
+        again.wait_eval("!browser.tabAt(0).live && browser.tabAt(0).view === null", "the first tab discarded")
+        loads = again.log_text().count("page loaded " + index)
+        again.eval("browser.selectTab(0)")
+        wait_for("the discarded tab to load again", lambda: again.log_text().count("page loaded " + index) > loads)
     run.step("05-restart", restart)
+
+    private_url = site.url("/second.html?private")
+
+    def private():
+        b = run.restarted
+        b.eval("window.openPrivateWindow().browser.openUrl('%s')" % private_url)
+        b.wait_log("page loaded " + private_url)
+        if b.eval("browser.tabs.backend ? browser.tabs.backend.findTabByUrl('%s') : -1" % private_url) != -1:
+            raise Failure("the private page opened among the stored tabs")
+    run.step("06-private", private)
 
     def install():
         b = run.restarted
@@ -290,14 +308,17 @@ def scenario(run, site):
         data_home = exec_line.split("XDG_DATA_HOME=")[1].split()[0]
         if b.stop("quit") != 0:
             raise Failure("Qt.quit() did not end the browser cleanly")
+        db = glob.glob(os.path.join(run.data_home, "**", "browser-app.sqlite"), recursive=True)[0]
+        if sqlite3.connect(db).execute("SELECT 1 FROM browser_history WHERE url = ?", (private_url,)).fetchall():
+            raise Failure("a private visit was written to the history")
         app = Browser(dict(run.env, XDG_DATA_HOME=data_home), run.work, "pwa", ["--pwa"])
         run.procs.append(app.process)
         app.wait_log("page loaded " + site.url("/app/index.html"), 40)
         time.sleep(1)
-        run.screenshot("06-pwa-window")
+        run.screenshot("07-pwa-window")
         app.process.send_signal(signal.SIGTERM)
         app.process.wait(timeout=20)
-    run.step("06-install-app", install)
+    run.step("07-install-app", install)
 
 
 def main():
