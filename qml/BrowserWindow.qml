@@ -15,6 +15,7 @@ Item {
     // Back-end singletons for whoever drives the window from outside its QML.
     readonly property QtObject settings: SettingsManager
     readonly property QtObject downloads: DownloadManager
+    readonly property QtObject favicons: FaviconsMap
 
     Browser {
         id: browser

@@ -3,9 +3,16 @@ import BrowserInternal 1.0
 
 // A site's favicon, or its letter while none is known.
 Rectangle {
+    objectName: "siteIcon"
     property string url
     property string title
-    readonly property string icon: FaviconsMap.getFavicon(url)
+    property string icon: FaviconsMap.getFavicon(url)
+
+    Connections {
+        target: FaviconsMap
+        function onValueChanged(baseUrl) { icon = FaviconsMap.getFavicon(url) }
+        function onFaviconsLoaded() { icon = FaviconsMap.getFavicon(url) }
+    }
 
     width: 24
     height: 24

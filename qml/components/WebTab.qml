@@ -83,6 +83,36 @@ Item {
     function goForward() { if (tabHistory.canGoForward) load(tabHistory.goForward()) }
     function goTo(historyId, url) { tabHistory.navigateThroughTabHistory(historyId); load(url) }
 
+    // The engine shows a page's icon through its image provider; the icon
+    // cache keeps data URLs, so the icon is drawn once into a canvas and read
+    // back. The canvas sits under the page, where it is painted but not seen.
+    Canvas {
+        id: faviconCanvas
+        width: 32
+        height: 32
+        z: -1
+        property url source
+        property string pageUrl
+        onImageLoaded: requestPaint()
+        onPaint: {
+            if (!isImageLoaded(source))
+                return
+            var context = getContext("2d")
+            context.clearRect(0, 0, width, height)
+            context.drawImage(source, 0, 0, width, height)
+            FaviconsMap.setFavicon(pageUrl, toDataURL("image/png"), tab.incognito)
+        }
+        function take(pageUrl, icon) {
+            if (Urls.isInternal(pageUrl) || icon.toString() === "")
+                return
+            faviconCanvas.pageUrl = pageUrl
+            if (source.toString() !== "")
+                unloadImage(source)
+            source = icon
+            loadImage(icon)
+        }
+    }
+
     Loader {
         id: viewLoader
         anchors.fill: parent
@@ -180,6 +210,7 @@ Item {
                 else
                     browser.askPermission(webView, securityOrigin, feature)
             }
+            onIconChanged: faviconCanvas.take(url.toString(), icon)
             onNewViewRequested: browser.openTab(request.requestedUrl.toString(), true)
             onFullScreenRequested: request.accept()
             onRecentlyAudibleChanged: browser.tabs.updateActivity(tab.tabId, tab.current || recentlyAudible)
