@@ -25,7 +25,10 @@ Menu {
         model: entries
         delegate: MenuItem {
             text: model.title
-            onTriggered: menu.browser.currentTab.goTo(model.historyId, model.url)
+            onTriggered: {
+                menu.close()
+                menu.browser.currentTab.goTo(model.historyId, model.url)
+            }
         }
         onObjectAdded: menu.insertItem(index, object)
         onObjectRemoved: menu.removeItem(object)

@@ -7,7 +7,9 @@ import BrowserInternal 1.0
 // reload, the address field, the tab count and the menu.
 ToolBar {
     id: toolbar
+    objectName: "toolbar"
     property var browser
+    property alias historyPopup: historyPopup
     readonly property var tab: browser.currentTab
 
     RowLayout {

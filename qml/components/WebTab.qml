@@ -20,8 +20,8 @@ Item {
     property string pendingUrl: ""
     property string storedTitle: ""
     property string storedScreenshot: ""
-    // The url the tab list holds for this tab: its history already has it,
-    // so its first load only names it.
+    // A url whose entry the tab's history already has (the one the tab list
+    // stored, or one reached with back/forward): its next load only names it.
     property string listedUrl: ""
     property string blockedUrl: ""
     // A tab on its start page has no view until it opens a page.
@@ -79,9 +79,13 @@ Item {
         wantsView = false
         live = false
     }
-    function goBack() { if (tabHistory.canGoBack) load(tabHistory.goBack()) }
-    function goForward() { if (tabHistory.canGoForward) load(tabHistory.goForward()) }
-    function goTo(historyId, url) { tabHistory.navigateThroughTabHistory(historyId); load(url) }
+    function goBack() { if (tabHistory.canGoBack) loadFromHistory(tabHistory.goBack()) }
+    function goForward() { if (tabHistory.canGoForward) loadFromHistory(tabHistory.goForward()) }
+    function goTo(historyId, url) { tabHistory.navigateThroughTabHistory(historyId); loadFromHistory(url) }
+    function loadFromHistory(url) {
+        listedUrl = url
+        load(url)
+    }
 
     // The engine shows a page's icon through its image provider; the icon
     // cache keeps data URLs, so the icon is drawn once into a canvas and read

@@ -214,6 +214,21 @@ def scenario(run, site):
         first.wait_eval("window.textsOf('historyList').indexOf('E2E Home') >= 0", "the page in the history page")
     run.step("01-history", history)
 
+    def back_list():
+        first.eval("browser.showPage('')")
+        first.eval("browser.openUrl('%s')" % second)
+        first.wait_log("page loaded " + second)
+        first.wait_eval("browser.currentTab.history.canGoBack", "a page to go back to")
+        first.eval("window.findItem(window, 'backButton').pressAndHold()")
+        menu = "window.findItem(window, 'toolbar').historyPopup"
+        first.wait_eval("%s.count === 1 && %s.itemAt(0).text === 'E2E Home'" % (menu, menu), "the back list")
+        run.screenshot("01-back-list")
+        loads = first.log_text().count("page loaded " + index)
+        first.eval("%s.itemAt(0).triggered()" % menu)
+        wait_for("the page of the back list", lambda: first.log_text().count("page loaded " + index) > loads)
+        first.wait_eval("browser.currentTab.history.canGoForward && !%s.visible" % menu, "forward after going back")
+    run.step("01-back-forward", back_list)
+
     def bookmark():
         if not bookmarks_kept:
             return "skip"
