@@ -61,8 +61,13 @@ Rectangle {
                     width: tree.width
                     leftPadding: 8 + model.depth * 16
                     highlighted: model.id === page.folderId
-                    text: (model.childCount > 0 ? "\u25b8 " : "  ") + model.title
-                    onClicked: page.folderId = model.id
+                    text: (model.hasSubfolders ? (model.expanded ? "\u25be " : "\u25b8 ") : "   ")
+                          + model.title + " (" + model.childCount + ")"
+                    onClicked: {
+                        page.folderId = model.id
+                        if (model.hasSubfolders)
+                            tree.model.toggleExpanded(index)
+                    }
                 }
             }
             ListView {

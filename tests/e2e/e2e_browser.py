@@ -88,7 +88,8 @@ class Browser:
         return wait_for("log line %r" % text, lambda: text in self.log_text(), timeout)
 
     def stop(self, how):
-        """Ends the browser as a session would and returns its exit code."""
+        """Ends the browser as a session would ("sigterm", "quit" through
+        Qt.quit(), or "closed" when its window was closed) and returns its exit code."""
         if how == "sigterm":
             self.process.send_signal(signal.SIGTERM)
         elif how == "quit":
@@ -331,8 +332,9 @@ def scenario(run, site):
         app.wait_log("page loaded " + site.url("/app/index.html"), 40)
         time.sleep(1)
         run.screenshot("07-pwa-window")
-        app.process.send_signal(signal.SIGTERM)
-        app.process.wait(timeout=20)
+        app.eval("closeWindow()")
+        if app.stop("closed") != 0:
+            raise Failure("closing the app's window did not end it cleanly")
     run.step("07-install-app", install)
 
 
