@@ -52,7 +52,8 @@ ColumnLayout {
                 Repeater {
                     model: section.kinds
                     delegate: Button {
-                        readonly property int value: site.row[modelData.role]
+                        // Undefined while the site has no answer of its own for this kind.
+                        readonly property var value: site.row[modelData.role]
                         text: modelData.label + ": " + section.responseName(value)
                         onClicked: section.manager.updatePermission(site.row.url, modelData.type, section.next(value))
                     }

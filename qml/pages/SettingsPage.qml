@@ -21,6 +21,7 @@ Rectangle {
         }
         TabBar {
             id: sections
+            objectName: "settingsSections"
             Layout.fillWidth: true
             TabButton { text: qsTrId("webdeck-la-general") }
             TabButton { text: qsTrId("webdeck-la-search-engines") }
