@@ -142,12 +142,18 @@ class Run:
             json.dump({"UrlBlocklistParameter": [site.url("/blocked")]}, f)
         self.env["WEBDECK_POLICY_FILE"] = policy
 
-        display = ":%d" % (140 + os.getpid() % 50)
-        xvfb = subprocess.Popen(["Xvfb", display, "-screen", "0", "1280x800x24", "-nolisten", "tcp"],
+        # Xvfb picks a free display itself and writes its number once it accepts clients.
+        read_end, write_end = os.pipe()
+        xvfb = subprocess.Popen(["Xvfb", "-displayfd", str(write_end), "-screen", "0", "1280x800x24",
+                                 "-nolisten", "tcp"], pass_fds=(write_end,),
                                 stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        os.close(write_end)
         self.procs.append(xvfb)
-        self.env["DISPLAY"] = display
-        wait_for("Xvfb", lambda: os.path.exists("/tmp/.X11-unix/X" + display[1:]), 10)
+        with os.fdopen(read_end) as numbers:
+            display = numbers.readline().strip()
+        if not display:
+            raise Failure("Xvfb did not start")
+        self.env["DISPLAY"] = ":" + display
 
         conf = os.path.join(self.work, "bus.conf")
         with open(conf, "w") as f:
@@ -155,8 +161,9 @@ class Run:
                     '<policy context="default"><allow send_destination="*" eavesdrop="true"/><allow eavesdrop="true"/>'
                     '<allow own="*"/></policy>'
                     '</busconfig>' % self.work)
+        self.bus_log = open(os.path.join(self.work, "bus.log"), "w")
         bus = subprocess.Popen(["dbus-daemon", "--config-file=" + conf, "--nofork", "--print-address=1"],
-                               stdout=subprocess.PIPE, text=True)
+                               stdout=subprocess.PIPE, stderr=self.bus_log, text=True)
         self.procs.append(bus)
         self.env["DBUS_SYSTEM_BUS_ADDRESS"] = bus.stdout.readline().strip()
 
