@@ -305,6 +305,20 @@ def scenario(run, site):
         wait_for("the discarded tab to load again", lambda: again.log_text().count("page loaded " + index) > loads)
     run.step("05-restart", restart)
 
+    def remove_from_history():
+        b = run.restarted
+        b.eval("browser.showPage('HistoryPage')")
+        b.wait_eval("window.textsOf('historyList').indexOf('E2E Second') >= 0", "the second page in the history")
+        # Select the second page's row (rows in the order shown), then remove the selection.
+        b.eval("browser.historyModel.toggleSelection(window.textsOf('historyList').filter("
+               "function(t) { return t === 'E2E Home' || t === 'E2E Second' })[0] === 'E2E Second' ? 0 : 1)")
+        b.wait_eval("browser.historyModel.selectedCount === 1", "one selected page")
+        b.eval("browser.historyModel.removeSelected()")
+        b.wait_eval("window.textsOf('historyList').indexOf('E2E Second') < 0 && "
+                    "window.textsOf('historyList').indexOf('E2E Home') >= 0", "only the second page gone")
+        b.eval("browser.showPage('')")
+    run.step("06-history-remove", remove_from_history)
+
     private_url = site.url("/second.html?private")
 
     def private():
@@ -313,7 +327,7 @@ def scenario(run, site):
         b.wait_log("page loaded " + private_url)
         if b.eval("browser.tabs.backend ? browser.tabs.backend.findTabByUrl('%s') : -1" % private_url) != -1:
             raise Failure("the private page opened among the stored tabs")
-    run.step("06-private", private)
+    run.step("07-private", private)
 
     def install():
         b = run.restarted
@@ -332,17 +346,20 @@ def scenario(run, site):
         if b.stop("quit") != 0:
             raise Failure("Qt.quit() did not end the browser cleanly")
         db = glob.glob(os.path.join(run.data_home, "**", "browser-app.sqlite"), recursive=True)[0]
-        if sqlite3.connect(db).execute("SELECT 1 FROM browser_history WHERE url = ?", (private_url,)).fetchall():
+        history = [row[0] for row in sqlite3.connect(db).execute("SELECT url FROM browser_history")]
+        if private_url in history:
             raise Failure("a private visit was written to the history")
+        if second in history or index not in history:
+            raise Failure("history after removing the second page: %r" % history)
         app = Browser(dict(run.env, XDG_DATA_HOME=data_home), run.work, "pwa", ["--pwa"])
         run.procs.append(app.process)
         app.wait_log("page loaded " + site.url("/app/index.html"), 40)
         time.sleep(1)
-        run.screenshot("07-pwa-window")
+        run.screenshot("08-pwa-window")
         app.eval("closeWindow()")
         if app.stop("closed") != 0:
             raise Failure("closing the app's window did not end it cleanly")
-    run.step("07-install-app", install)
+    run.step("08-install-app", install)
 
 
 def main():
