@@ -51,14 +51,22 @@ Rectangle {
             return
         currentIndex = index
         page = ""
-        SettingsManager.lastOpenedTabID = tabStore.tabId(index)
+        // The tab the next start shows; private tabs are never restored.
+        if (!privateMode)
+            SettingsManager.lastOpenedTabID = tabStore.tabId(index)
     }
+    // Closing the current tab shows its right-hand neighbour; closing another keeps the current one.
     function closeTab(index) {
+        if (index < 0 || index >= tabStore.count)
+            return
+        var shown = currentIndex
         tabStore.remove(index)
         if (tabStore.count === 0)
             openTab("", false)
-        else
+        else if (index === shown)
             selectTab(Math.min(index, tabStore.count - 1))
+        else if (index < shown)
+            currentIndex = shown - 1
     }
     function tabAt(index) { return tabRepeater.itemAt(index) }
     function findTab(tabId) {
@@ -172,8 +180,8 @@ Rectangle {
         target: tabStore.backend
         ignoreUnknownSignals: true
         // Restored tabs arrive after the window is up (the model is reset with
-        // them, even when there are none): show the one that was current.
-        // Later, not inside the reset: the model announces its count and selection after it.
+        // them, even when there are none): show the one that was current. Called
+        // after the reset, since the model announces its count and selection then.
         function onModelReset() { Qt.callLater(root.restoreSelection) }
     }
     property bool restored: false
