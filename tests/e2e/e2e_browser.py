@@ -388,10 +388,10 @@ def main():
         scenario(run, site)
     except Failure as failure:
         print("FAIL: %s" % failure)
-        for log in glob.glob(os.path.join(run.work, "*.log")):
-            shutil.copy(log, options.artifacts)
         return 1
     finally:
+        for log in glob.glob(os.path.join(run.work, "*.log")):
+            shutil.copy(log, options.artifacts)
         run.cleanup()
         site.stop()
     print("%d passed, 0 failed, %d skipped" % (len(run.steps), len(run.skipped)))
