@@ -1,10 +1,13 @@
 #include "startup.h"
 
 #include "libchecksum.h"
+#include "platformqmltypes.h"
 #include "pwa/pwamanager.h"
 #include "qmltypes.h"
+#include "quitsignals.h"
 #include "settings/settingsmanager.h"
 #include "startoptions.h"
+#include "testhooks.h"
 #include "utils/logcategories.h"
 
 #include <application.h>
@@ -70,6 +73,7 @@ int runWebdeck(int& argc, char** argv, const StartupConfig& config)
     }
 
     registerQmlTypes();
+    registerPlatformQmlTypes();
 
     std::unique_ptr<QGuiApplication> app(Orvane::Application::application(argc, argv));
     if (!options.pwa) {
@@ -148,6 +152,17 @@ int runWebdeck(int& argc, char** argv, const StartupConfig& config)
 
     const QString topLevel
         = options.pwa ? QStringLiteral("/qml/pwa/PWAWindow.qml") : QStringLiteral("/qml/BrowserWindow.qml");
+    // However the quit comes (Qt.quit() from the page, the last window closed,
+    // SIGTERM or SIGINT from the session), it goes through the event loop's
+    // exit, so that aboutToQuit drains storage and the tabs stay for next time.
+    QObject::connect(
+        view->engine(), &QQmlEngine::quit, app.get(), &QCoreApplication::quit, Qt::QueuedConnection);
+    QuitSignals quitSignals;
+    QObject::connect(&quitSignals, &QuitSignals::quitRequested, app.get(), &QCoreApplication::quit);
+    std::unique_ptr<TestHooks> testHooks;
+    if (qEnvironmentVariableIsSet("WEBDECK_TEST_HOOKS"))
+        testHooks.reset(new TestHooks(view.get(), qEnvironmentVariable("WEBDECK_TEST_HOOKS")));
+
     view->setSource(QUrl::fromLocalFile(config.appDataDir + topLevel));
     view->show();
     if (config.beforeExec)
@@ -155,6 +170,7 @@ int runWebdeck(int& argc, char** argv, const StartupConfig& config)
     qCDebug(lcApp) << "exec";
     const int result = app->exec();
 
+    testHooks.reset();
     view.reset();
     app.reset();
     return result;

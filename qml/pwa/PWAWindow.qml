@@ -1,4 +1,5 @@
 import QtQuick 2.15
+import QtQuick.Window 2.15
 import QtWebEngine 1.10
 import BrowserInternal 1.0
 
@@ -7,6 +8,9 @@ import BrowserInternal 1.0
 Rectangle {
     width: 1024
     height: 720
+
+    // What the window manager's close button does; the app quits with its last window.
+    function closeWindow() { Window.window.close() }
 
     WebEngineView {
         anchors.fill: parent

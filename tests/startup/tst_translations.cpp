@@ -12,7 +12,7 @@ namespace
 QSet<QString> idsInSources()
 {
     QSet<QString> ids;
-    const QRegularExpression call(QStringLiteral(R"((?:qtTrId|QT_TRID_NOOP)\(\s*"([^"]+)\")"));
+    const QRegularExpression call(QStringLiteral(R"((?:qtTrId|qsTrId|QT_TRID_NOOP)\(\s*"([^"]+)\")"));
     for (const QString& dir : { QStringLiteral("app"), QStringLiteral("qml") }) {
         QDirIterator it(QStringLiteral(WEBDECK_SOURCE_DIR "/") + dir,
             { QStringLiteral("*.cpp"), QStringLiteral("*.h"), QStringLiteral("*.qml") }, QDir::Files,
