@@ -24,6 +24,8 @@ DBWorker::DBWorker(QObject* parent)
     , m_mainConnection(QLatin1String(QSqlDatabase::defaultConnection))
     , m_fileStatements(m_mainConnection)
     , m_privateStatements(privateConnectionName())
+    , m_fileDirect(m_mainConnection)
+    , m_privateDirect(privateConnectionName())
 {
 }
 
@@ -34,6 +36,8 @@ DBWorker::~DBWorker()
     // statements go first: a statement must not outlive its connection.
     m_fileStatements.clear();
     m_privateStatements.clear();
+    m_fileDirect.clear();
+    m_privateDirect.clear();
     for (const QString& name : { m_mainConnection, privateConnectionName() }) {
         if (!QSqlDatabase::contains(name))
             continue;
@@ -84,6 +88,29 @@ CachedQuery DBWorker::prepare(const QString& sql, bool isPrivate)
 
 bool DBWorker::execute(CachedQuery& query)
 {
+    if (query.exec())
+        return true;
+    qCWarning(lcStorage) << executeSignature << "failed execute query" << query.lastQuery()
+                         << query.lastError();
+    m_statementFailed = true;
+    checkDamage(query.lastError());
+    return false;
+}
+
+DirectQuery DBWorker::prepare(DirectSlot slot, const QString& sql, bool isPrivate)
+{
+    return (isPrivate ? m_privateDirect : m_fileDirect).take(slot, sql);
+}
+
+bool DBWorker::execute(DirectQuery& query)
+{
+    if (!query.isValid() && query.lastError().isValid()) {
+        qCWarning(lcStorage) << prepareSignature << "failed to prepare query" << query.lastQuery()
+                             << query.lastError();
+        m_statementFailed = true;
+        checkDamage(query.lastError());
+        return false;
+    }
     if (query.exec())
         return true;
     qCWarning(lcStorage) << executeSignature << "failed execute query" << query.lastQuery()

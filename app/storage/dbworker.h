@@ -1,5 +1,6 @@
 #pragma once
 
+#include "directquery.h"
 #include "localday.h"
 #include "records.h"
 #include "statementcache.h"
@@ -193,6 +194,23 @@ private:
     // goes out of scope, so it must stay in use no longer than it stays in scope.
     CachedQuery prepare(const QString& sql, bool isPrivate);
     bool execute(CachedQuery& query);
+    // The statements of a page visit, run without Qt SQL's per-value
+    // bookkeeping; each slot always holds the same SQL text.
+    enum DirectSlot {
+        SelectTodaysVisit,
+        UpdateVisit,
+        UpdateVisitAndTitle,
+        InsertVisit,
+        SelectLink,
+        InsertLink,
+        InsertTabHistory,
+        SelectTab,
+        UpdateTabEntry,
+        InsertTab,
+    };
+    DirectQuery prepare(DirectSlot slot, const QString& sql, bool isPrivate);
+    // Also reports a statement that could not be compiled.
+    bool execute(DirectQuery& query);
 
     // ---- database set-up and migrations (dbworker.cpp, dbmigrations.cpp) ----
     bool openConnections();
@@ -245,4 +263,6 @@ private:
     // Declared after the connection name they are built from.
     StatementCache m_fileStatements;
     StatementCache m_privateStatements;
+    DirectStatements m_fileDirect;
+    DirectStatements m_privateDirect;
 };
