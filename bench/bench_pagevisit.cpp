@@ -26,6 +26,9 @@
 #include "support/tempprofile.h"
 
 #include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QMap>
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QLoggingCategory>
@@ -50,6 +53,36 @@ QString visitUrl(int i)
 {
     // Fifty sites; every fifth visit goes back to a page seen before.
     return QStringLiteral("https://site%1.example.com/page/%2").arg(i % 50).arg(i % 5 == 4 ? i - 4 : i);
+}
+
+// Per thread of this process: name, ns on a CPU, ns waiting for one (/proc schedstat).
+QMap<QString, QPair<qint64, qint64>> threadTimes()
+{
+    QMap<QString, QPair<qint64, qint64>> times;
+    for (const QString& tid : QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        QFile comm(QStringLiteral("/proc/self/task/%1/comm").arg(tid));
+        QFile stat(QStringLiteral("/proc/self/task/%1/schedstat").arg(tid));
+        if (!comm.open(QIODevice::ReadOnly) || !stat.open(QIODevice::ReadOnly))
+            continue;
+        const QList<QByteArray> fields = stat.readAll().split(' ');
+        times.insert(QString::fromLatin1(comm.readAll().trimmed()) + QLatin1Char('/') + tid,
+            qMakePair(fields.value(0).toLongLong(), fields.value(1).toLongLong()));
+    }
+    return times;
+}
+
+void reportThreadTimes(const QMap<QString, QPair<qint64, qint64>>& before)
+{
+    const auto after = threadTimes();
+    for (auto it = after.begin(); it != after.end(); ++it) {
+        const auto start = before.value(it.key());
+        const qint64 run = it.value().first - start.first;
+        const qint64 wait = it.value().second - start.second;
+        if (run > 1000000)
+            QTextStream(stdout) << "  thread " << it.key() << ": " << QString::number(run / 1e6, 'f', 1)
+                                << " ms on a CPU, " << QString::number(wait / 1e6, 'f', 1)
+                                << " ms waiting for one\n";
+    }
 }
 
 void report(const char* what, std::vector<double> us, double totalUs)
@@ -273,6 +306,7 @@ int main(int argc, char** argv)
         if (++received == burst)
             loop.quit();
     });
+    const auto threadsBefore = threadTimes();
     QElapsedTimer total;
     total.start();
     for (int i = 2 * visits; i < 2 * visits + burst; ++i) {
@@ -285,6 +319,7 @@ int main(int argc, char** argv)
     QTextStream(stdout) << "DBManager burst: " << burst << " visits queued at once, "
                         << QString::number(total.nsecsElapsed() / 1e3 / burst, 'f', 1) << " us per visit, "
                         << QString::number(total.nsecsElapsed() / 1e6, 'f', 1) << " ms in all\n";
+    reportThreadTimes(threadsBefore);
     manager->shutdown();
     return 0;
 }

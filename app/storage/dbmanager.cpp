@@ -124,11 +124,46 @@ bool DBManager::post(const char* method, QGenericArgument a0, QGenericArgument a
         qCWarning(lcStorage) << "storage thread has stopped, request cannot run any more:" << method;
         return false;
     }
+    // Still a queued call by name, but the name is resolved once: normalising
+    // the signature and searching the worker's hundred slots cost more than
+    // queuing the call itself.
+    const QMetaMethod slot = workerSlot(method, { a0, a1, a2, a3, a4 });
+    if (!slot.isValid())
+        return false;
     m_queued.ref();
-    if (QMetaObject::invokeMethod(m_worker, method, Qt::QueuedConnection, a0, a1, a2, a3, a4))
+    if (slot.invoke(m_worker, Qt::QueuedConnection, a0, a1, a2, a3, a4))
         return true;
     m_queued.deref();
     return false;
+}
+
+QMetaMethod DBManager::workerSlot(const char* method, const QGenericArgument (&args)[5])
+{
+    QMutexLocker lock(&m_slotsMutex);
+    const auto found = m_slots.constFind(method);
+    if (found != m_slots.constEnd())
+        return found.value();
+
+    QByteArray signature(method);
+    signature += '(';
+    for (const QGenericArgument& arg : args) {
+        if (!arg.name())
+            break;
+        if (!signature.endsWith('('))
+            signature += ',';
+        signature += arg.name();
+    }
+    signature += ')';
+    const QMetaObject* meta = m_worker->metaObject();
+    const int index
+        = meta->indexOfMethod(QMetaObject::normalizedSignature(signature.constData()).constData());
+    if (index < 0) {
+        qCWarning(lcStorage) << "no storage request" << signature;
+        return QMetaMethod();
+    }
+    const QMetaMethod slot = meta->method(index);
+    m_slots.insert(method, slot);
+    return slot;
 }
 
 void DBManager::drain()

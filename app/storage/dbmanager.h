@@ -4,6 +4,9 @@
 
 #include <QAtomicInt>
 #include <QDateTime>
+#include <QHash>
+#include <QMetaMethod>
+#include <QMutex>
 #include <QObject>
 #include <QSet>
 #include <QStringList>
@@ -166,8 +169,15 @@ private:
         QGenericArgument a1 = QGenericArgument(), QGenericArgument a2 = QGenericArgument(),
         QGenericArgument a3 = QGenericArgument(), QGenericArgument a4 = QGenericArgument());
 
+    // The worker's slot for a request name, looked up by name and argument
+    // types on the name's first use, then reused.
+    QMetaMethod workerSlot(const char* method, const QGenericArgument (&args)[5]);
+
     QThread m_thread;
     DBWorker* m_worker = nullptr;
+    // Keyed by the address of each request's name: every request passes its own literal.
+    QHash<const char*, QMetaMethod> m_slots;
+    QMutex m_slotsMutex;
     // Requests queued and not started; shared with the worker.
     QAtomicInt m_queued;
     bool m_stopped = false;

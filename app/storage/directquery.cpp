@@ -16,12 +16,12 @@ QString sqliteMessage(sqlite3* db)
 } // namespace
 
 DirectQuery::DirectQuery(
-    DirectStatements* home, int slot, const QString& sql, quint64 generation, const QSqlError& error)
+    DirectStatements* home, int slot, const QString& sql, quint64 generation, std::optional<QSqlError> error)
     : m_home(home)
     , m_slot(slot)
     , m_sql(sql)
     , m_generation(generation)
-    , m_error(error)
+    , m_error(std::move(error))
 {
 }
 
@@ -64,10 +64,17 @@ void DirectQuery::bind(int position, const QString& text)
     sqlite3_stmt* stmt = statement();
     if (!stmt)
         return;
-    if (text.isNull())
+    if (text.isNull()) {
         sqlite3_bind_null(stmt, position);
-    else
-        sqlite3_bind_text16(stmt, position, text.utf16(), text.size() * int(sizeof(QChar)), SQLITE_STATIC);
+        return;
+    }
+    if (position < 1 || position > int(m_text.size())) {
+        sqlite3_bind_text16(stmt, position, text.utf16(), text.size() * int(sizeof(QChar)), SQLITE_TRANSIENT);
+        return;
+    }
+    QByteArray& utf8 = m_text[position - 1];
+    utf8 = text.toUtf8();
+    sqlite3_bind_text(stmt, position, utf8.constData(), utf8.size(), SQLITE_STATIC);
 }
 
 bool DirectQuery::exec()
@@ -75,7 +82,7 @@ bool DirectQuery::exec()
     m_rowPending = false;
     sqlite3_stmt* stmt = statement();
     if (!stmt) {
-        if (!m_error.isValid())
+        if (!m_error)
             m_error = QSqlError(
                 QString(), QStringLiteral("the connection was closed"), QSqlError::ConnectionError);
         return false;

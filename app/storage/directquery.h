@@ -1,9 +1,11 @@
 #pragma once
 
+#include <QByteArray>
 #include <QSqlError>
 #include <QString>
 
 #include <array>
+#include <optional>
 
 struct sqlite3;
 struct sqlite3_stmt;
@@ -18,7 +20,7 @@ class DirectStatements;
 //
 // Hold it as `auto query = ...`: it is reset (so it holds no read transaction)
 // and goes back to its slot when it goes out of scope. Text is bound without a
-// copy, so a bound string must outlive exec().
+// own copy, so the caller's string need not outlive the call.
 class DirectQuery
 {
 public:
@@ -30,7 +32,6 @@ public:
     void bind(int position, qint64 value);
     // A null string binds NULL, as a null QString does through Qt SQL.
     void bind(int position, const QString& text);
-    void bind(int position, QString&& text) = delete;
 
     // Runs up to the first row; false when the statement failed.
     bool exec();
@@ -42,12 +43,12 @@ public:
     void finish();
 
     const QString& lastQuery() const { return m_sql; }
-    const QSqlError& lastError() const { return m_error; }
+    QSqlError lastError() const { return m_error ? *m_error : QSqlError(); }
 
 private:
     friend class DirectStatements;
     DirectQuery(DirectStatements* home, int slot, const QString& sql, quint64 generation,
-        const QSqlError& error = QSqlError());
+        std::optional<QSqlError> error = std::nullopt);
     sqlite3_stmt* statement() const;
     void fail(const QString& description, QSqlError::ErrorType type, int code);
     static QSqlError sqliteError(
@@ -57,8 +58,12 @@ private:
     int m_slot;
     QString m_sql;
     quint64 m_generation;
-    QSqlError m_error;
+    // Set only on failure: a QSqlError allocates even when empty.
+    std::optional<QSqlError> m_error;
     bool m_rowPending = false;
+    // Text bound in UTF-8, the file's encoding, so that SQLite need not
+    // convert it on every comparison; kept until the statement is reset.
+    std::array<QByteArray, 3> m_text;
 };
 
 // The compiled direct statements of one connection, one slot each, prepared on
