@@ -40,6 +40,17 @@ void registerStorageMetaTypes()
 }
 } // namespace
 
+template <typename... Args>
+void DBManager::relay(void (DBWorker::*answer)(Args...), void (DBManager::*signal)(Args...))
+{
+    // Direct: runs on the storage thread as the worker emits; the arguments
+    // are copied into the queued emission.
+    connect(
+        m_worker, answer, m_worker,
+        [this, signal](Args... args) { queueAnswer([this, signal, args...] { (this->*signal)(args...); }); },
+        Qt::DirectConnection);
+}
+
 DBManager* DBManager::instance()
 {
     if (!s_instance)
@@ -58,30 +69,32 @@ DBManager::DBManager(QObject* parent)
     m_worker->moveToThread(&m_thread);
     // The worker closes its connections on its own thread, after its last request.
     connect(&m_thread, &QThread::finished, m_worker, &QObject::deleteLater);
-    connect(m_worker, &DBWorker::historyAvailable, this, &DBManager::historyAvailable);
-    connect(m_worker, &DBWorker::tabHistoryAvailable, this, &DBManager::tabHistoryAvailable);
-    connect(m_worker, &DBWorker::mostVisitedLinksAvailable, this, &DBManager::mostVisitedLinksAvailable);
-    connect(m_worker, &DBWorker::tabsAvailable, this, &DBManager::tabsAvailable);
-    connect(m_worker, &DBWorker::faviconsAvailable, this, &DBManager::faviconsAvailable);
-    connect(m_worker, &DBWorker::bookmarksTreeAvailable, this, &DBManager::bookmarksTreeAvailable);
-    connect(m_worker, &DBWorker::bookmarksAvailable, this, &DBManager::bookmarksAvailable);
-    connect(m_worker, &DBWorker::bookmarkedAvailable, this, &DBManager::bookmarkedAvailable);
-    connect(m_worker, &DBWorker::bookmarkDataAvailable, this, &DBManager::bookmarkDataAvailable);
-    connect(m_worker, &DBWorker::permissionsAvailable, this, &DBManager::permissionsAvailable);
-    connect(m_worker, &DBWorker::searchEnginesAvailable, this, &DBManager::searchEnginesAvailable);
-    connect(m_worker, &DBWorker::searchEngineAdded, this, &DBManager::searchEngineAdded);
-    connect(m_worker, &DBWorker::historyTitleChanged, this, &DBManager::historyTitleChanged);
-    connect(m_worker, &DBWorker::tabHistoryTitleChanged, this, &DBManager::tabHistoryTitleChanged);
-    connect(m_worker, &DBWorker::tabHistoryEntryChanged, this, &DBManager::tabHistoryEntryChanged);
-    connect(m_worker, &DBWorker::linkAddedToTabHistory, this, &DBManager::linkAddedToTabHistory);
-    connect(m_worker, &DBWorker::downloadsAvailable, this, &DBManager::downloadsAvailable);
-    connect(m_worker, &DBWorker::downloadAdded, this, &DBManager::downloadAdded);
-    connect(m_worker, &DBWorker::oldDownloadRemoved, this, &DBManager::oldDownloadRemoved);
-    connect(m_worker, &DBWorker::passwordExceptionsAvailable, this, &DBManager::passwordExceptionsAvailable);
-    connect(m_worker, &DBWorker::siteDprsAvailable, this, &DBManager::siteDprsAvailable);
-    connect(m_worker, &DBWorker::siteDprAdded, this, &DBManager::siteDprAdded);
-    connect(m_worker, &DBWorker::tabDeviceModeChanged, this, &DBManager::tabDeviceModeChanged);
-    connect(m_worker, &DBWorker::deviceModeAvailable, this, &DBManager::deviceModeAvailable);
+    // Every answer is relayed under its own name, in the order the worker
+    // gave them (see queueAnswer).
+    relay(&DBWorker::historyAvailable, &DBManager::historyAvailable);
+    relay(&DBWorker::tabHistoryAvailable, &DBManager::tabHistoryAvailable);
+    relay(&DBWorker::mostVisitedLinksAvailable, &DBManager::mostVisitedLinksAvailable);
+    relay(&DBWorker::tabsAvailable, &DBManager::tabsAvailable);
+    relay(&DBWorker::faviconsAvailable, &DBManager::faviconsAvailable);
+    relay(&DBWorker::bookmarksTreeAvailable, &DBManager::bookmarksTreeAvailable);
+    relay(&DBWorker::bookmarksAvailable, &DBManager::bookmarksAvailable);
+    relay(&DBWorker::bookmarkedAvailable, &DBManager::bookmarkedAvailable);
+    relay(&DBWorker::bookmarkDataAvailable, &DBManager::bookmarkDataAvailable);
+    relay(&DBWorker::permissionsAvailable, &DBManager::permissionsAvailable);
+    relay(&DBWorker::searchEnginesAvailable, &DBManager::searchEnginesAvailable);
+    relay(&DBWorker::searchEngineAdded, &DBManager::searchEngineAdded);
+    relay(&DBWorker::historyTitleChanged, &DBManager::historyTitleChanged);
+    relay(&DBWorker::tabHistoryTitleChanged, &DBManager::tabHistoryTitleChanged);
+    relay(&DBWorker::tabHistoryEntryChanged, &DBManager::tabHistoryEntryChanged);
+    relay(&DBWorker::linkAddedToTabHistory, &DBManager::linkAddedToTabHistory);
+    relay(&DBWorker::downloadsAvailable, &DBManager::downloadsAvailable);
+    relay(&DBWorker::downloadAdded, &DBManager::downloadAdded);
+    relay(&DBWorker::oldDownloadRemoved, &DBManager::oldDownloadRemoved);
+    relay(&DBWorker::passwordExceptionsAvailable, &DBManager::passwordExceptionsAvailable);
+    relay(&DBWorker::siteDprsAvailable, &DBManager::siteDprsAvailable);
+    relay(&DBWorker::siteDprAdded, &DBManager::siteDprAdded);
+    relay(&DBWorker::tabDeviceModeChanged, &DBManager::tabDeviceModeChanged);
+    relay(&DBWorker::deviceModeAvailable, &DBManager::deviceModeAvailable);
 
     // Nothing a user did may be lost at exit, including what a QML handler or
     // a destructor asks for while the program winds down. Quitting only waits
@@ -164,6 +177,39 @@ QMetaMethod DBManager::workerSlot(const char* method, const QGenericArgument (&a
     const QMetaMethod slot = meta->method(index);
     m_slots.insert(method, slot);
     return slot;
+}
+
+void DBManager::queueAnswer(std::function<void()> emission)
+{
+    // A burst's answers come out of one commit by the thousand; one hand-over
+    // to this thread for all those waiting, instead of one queued call each,
+    // spares the storage thread a wake-up of this one per answer.
+    bool first = false;
+    {
+        QMutexLocker lock(&m_answersMutex);
+        first = m_answers.empty();
+        m_answers.push_back(std::move(emission));
+    }
+    if (first)
+        QMetaObject::invokeMethod(
+            this, [this] { emitAnswers(); }, Qt::QueuedConnection);
+}
+
+void DBManager::emitAnswers()
+{
+    // One at a time: a receiver that spins an event loop of its own meets
+    // the later answers there, still in order.
+    while (true) {
+        std::function<void()> emission;
+        {
+            QMutexLocker lock(&m_answersMutex);
+            if (m_answers.empty())
+                return;
+            emission = std::move(m_answers.front());
+            m_answers.pop_front();
+        }
+        emission();
+    }
 }
 
 void DBManager::drain()

@@ -12,6 +12,9 @@
 #include <QStringList>
 #include <QThread>
 
+#include <deque>
+#include <functional>
+
 class DBWorker;
 
 // The one way into storage from the GUI thread. Every operation is queued, by
@@ -173,8 +176,18 @@ private:
     // types on the name's first use, then reused.
     QMetaMethod workerSlot(const char* method, const QGenericArgument (&args)[5]);
 
+    // Relays a worker signal as this object's signal of the same name. Runs
+    // on the storage thread; the signal is emitted on this object's thread.
+    template <typename... Args>
+    void relay(void (DBWorker::*answer)(Args...), void (DBManager::*signal)(Args...));
+    void queueAnswer(std::function<void()> emission);
+    void emitAnswers();
+
     QThread m_thread;
     DBWorker* m_worker = nullptr;
+    // Answers given by the worker and not emitted here yet, oldest first.
+    std::deque<std::function<void()>> m_answers;
+    QMutex m_answersMutex;
     // Keyed by the address of each request's name: every request passes its own literal.
     QHash<const char*, QMetaMethod> m_slots;
     QMutex m_slotsMutex;
