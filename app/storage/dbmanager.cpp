@@ -4,6 +4,7 @@
 #include "utils/logcategories.h"
 
 #include <QCoreApplication>
+#include <QHash>
 
 #include <cstdlib>
 
@@ -47,7 +48,9 @@ void DBManager::relay(void (DBWorker::*answer)(Args...), void (DBManager::*signa
     // are copied into the queued emission.
     connect(
         m_worker, answer, m_worker,
-        [this, signal](Args... args) { queueAnswer([this, signal, args...] { (this->*signal)(args...); }); },
+        [this, signal](Args... args) {
+            m_answersToSend.emplace_back([this, signal, args...] { (this->*signal)(args...); });
+        },
         Qt::DirectConnection);
 }
 
@@ -70,7 +73,8 @@ DBManager::DBManager(QObject* parent)
     // The worker closes its connections on its own thread, after its last request.
     connect(&m_thread, &QThread::finished, m_worker, &QObject::deleteLater);
     // Every answer is relayed under its own name, in the order the worker
-    // gave them (see queueAnswer).
+    // gave them, in one hand-over per request or group commit.
+    m_worker->setRequestDone([this] { sendAnswers(); });
     relay(&DBWorker::historyAvailable, &DBManager::historyAvailable);
     relay(&DBWorker::tabHistoryAvailable, &DBManager::tabHistoryAvailable);
     relay(&DBWorker::mostVisitedLinksAvailable, &DBManager::mostVisitedLinksAvailable);
@@ -152,9 +156,11 @@ bool DBManager::post(const char* method, QGenericArgument a0, QGenericArgument a
 
 QMetaMethod DBManager::workerSlot(const char* method, const QGenericArgument (&args)[5])
 {
-    QMutexLocker lock(&m_slotsMutex);
-    const auto found = m_slots.constFind(method);
-    if (found != m_slots.constEnd())
+    // Keyed by the address of each request's name (every request passes its
+    // own literal). One table per calling thread, so that none needs a lock.
+    thread_local QHash<const char*, QMetaMethod> resolved;
+    const auto found = resolved.constFind(method);
+    if (found != resolved.constEnd())
         return found.value();
 
     QByteArray signature(method);
@@ -167,48 +173,40 @@ QMetaMethod DBManager::workerSlot(const char* method, const QGenericArgument (&a
         signature += arg.name();
     }
     signature += ')';
-    const QMetaObject* meta = m_worker->metaObject();
-    const int index
-        = meta->indexOfMethod(QMetaObject::normalizedSignature(signature.constData()).constData());
+    const QMetaObject& meta = DBWorker::staticMetaObject;
+    const int index = meta.indexOfMethod(QMetaObject::normalizedSignature(signature.constData()).constData());
     if (index < 0) {
         qCWarning(lcStorage) << "no storage request" << signature;
         return QMetaMethod();
     }
-    const QMetaMethod slot = meta->method(index);
-    m_slots.insert(method, slot);
+    const QMetaMethod slot = meta.method(index);
+    resolved.insert(method, slot);
     return slot;
 }
 
-void DBManager::queueAnswer(std::function<void()> emission)
+void DBManager::sendAnswers()
 {
-    // A burst's answers come out of one commit by the thousand; one hand-over
-    // to this thread for all those waiting, instead of one queued call each,
-    // spares the storage thread a wake-up of this one per answer.
-    bool first = false;
-    {
-        QMutexLocker lock(&m_answersMutex);
-        first = m_answers.empty();
-        m_answers.push_back(std::move(emission));
-    }
-    if (first)
-        QMetaObject::invokeMethod(
-            this, [this] { emitAnswers(); }, Qt::QueuedConnection);
+    // A group commit's answers, by the thousand, cross in one queued call
+    // instead of one each: a single wake-up of this thread.
+    if (m_answersToSend.empty())
+        return;
+    std::vector<std::function<void()>> answers;
+    answers.swap(m_answersToSend);
+    QMetaObject::invokeMethod(
+        this, [this, answers = std::move(answers)]() mutable { emitAnswers(std::move(answers)); },
+        Qt::QueuedConnection);
 }
 
-void DBManager::emitAnswers()
+void DBManager::emitAnswers(std::vector<std::function<void()>> answers)
 {
-    // One at a time: a receiver that spins an event loop of its own meets
-    // the later answers there, still in order.
-    while (true) {
-        std::function<void()> emission;
-        {
-            QMutexLocker lock(&m_answersMutex);
-            if (m_answers.empty())
-                return;
-            emission = std::move(m_answers.front());
-            m_answers.pop_front();
-        }
-        emission();
+    for (auto& answer : answers)
+        m_answersToEmit.push_back(std::move(answer));
+    // One at a time from the shared queue: a receiver that spins an event
+    // loop of its own meets the later answers there, still in order.
+    while (!m_answersToEmit.empty()) {
+        const std::function<void()> answer = std::move(m_answersToEmit.front());
+        m_answersToEmit.pop_front();
+        answer();
     }
 }
 

@@ -4,9 +4,7 @@
 
 #include <QAtomicInt>
 #include <QDateTime>
-#include <QHash>
 #include <QMetaMethod>
-#include <QMutex>
 #include <QObject>
 #include <QSet>
 #include <QStringList>
@@ -14,6 +12,7 @@
 
 #include <deque>
 #include <functional>
+#include <vector>
 
 class DBWorker;
 
@@ -175,22 +174,20 @@ private:
     // The worker's slot for a request name, looked up by name and argument
     // types on the name's first use, then reused.
     QMetaMethod workerSlot(const char* method, const QGenericArgument (&args)[5]);
-
-    // Relays a worker signal as this object's signal of the same name. Runs
-    // on the storage thread; the signal is emitted on this object's thread.
+    // Relays a worker signal as this object's signal of the same name.
     template <typename... Args>
     void relay(void (DBWorker::*answer)(Args...), void (DBManager::*signal)(Args...));
-    void queueAnswer(std::function<void()> emission);
-    void emitAnswers();
+    // On the storage thread: hands the answers of the request just run to this thread.
+    void sendAnswers();
+    // On this object's thread: emits them, after any still waiting.
+    void emitAnswers(std::vector<std::function<void()>> answers);
 
     QThread m_thread;
     DBWorker* m_worker = nullptr;
-    // Answers given by the worker and not emitted here yet, oldest first.
-    std::deque<std::function<void()>> m_answers;
-    QMutex m_answersMutex;
-    // Keyed by the address of each request's name: every request passes its own literal.
-    QHash<const char*, QMetaMethod> m_slots;
-    QMutex m_slotsMutex;
+    // Answers of the running request; touched only on the storage thread.
+    std::vector<std::function<void()>> m_answersToSend;
+    // Answers received and not emitted yet, oldest first; touched only on this object's thread.
+    std::deque<std::function<void()>> m_answersToEmit;
     // Requests queued and not started; shared with the worker.
     QAtomicInt m_queued;
     bool m_stopped = false;

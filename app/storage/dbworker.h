@@ -44,6 +44,9 @@ public:
     // queues them (DBManager). With it the worker sees a burst and writes it
     // in one transaction; without it every statement commits on its own.
     void setQueueCounter(QAtomicInt* counter) { m_queued = counter; }
+    // Called on this thread after each queued request (and the commit it
+    // may end) has run and emitted its answers, when a queue counter is set.
+    void setRequestDone(std::function<void()> hook) { m_requestDone = std::move(hook); }
     // Commits the open group of writes, if any, and sends the answers held for it.
     void commitPending();
 
@@ -181,6 +184,7 @@ private:
     // group of requests shares one transaction.
     void deliver(std::function<void()> emission);
     void beginGroup();
+    bool runRequest(QEvent* event);
     // Stops using a file SQLite reports as damaged: moves it aside and starts
     // a fresh one in its place (dbworkerrecovery.cpp).
     void checkDamage(const QSqlError& error);
@@ -253,6 +257,7 @@ private:
     bool m_opened = false;
     LocalDay m_localDay;
     QAtomicInt* m_queued = nullptr;
+    std::function<void()> m_requestDone;
     bool m_inGroup = false;
     bool m_recovering = false;
     // Whether a statement of the request running now failed.
