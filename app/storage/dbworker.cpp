@@ -127,6 +127,10 @@ bool DBWorker::openConnections()
     if (!dir.exists() && !dir.mkpath(QStringLiteral(".")))
         qCWarning(lcStorage) << "Can't create directory " << dirPath;
 
+    // Adding a connection under a name in use closes the old one: no
+    // statement compiled on its handle may survive that.
+    m_fileDirect.clear();
+    m_privateDirect.clear();
     QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_mainConnection);
     db.setDatabaseName(dir.absoluteFilePath(databaseFileName));
     QSqlDatabase privateDb = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), privateConnectionName());
