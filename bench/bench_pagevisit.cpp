@@ -27,11 +27,11 @@
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QFile>
-#include <QMap>
 #include <QElapsedTimer>
 #include <QEventLoop>
+#include <QFile>
 #include <QLoggingCategory>
+#include <QMap>
 #include <QSettings>
 #include <QSqlDatabase>
 #include <QSqlQuery>
@@ -59,7 +59,8 @@ QString visitUrl(int i)
 QMap<QString, QPair<qint64, qint64>> threadTimes()
 {
     QMap<QString, QPair<qint64, qint64>> times;
-    for (const QString& tid : QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+    for (const QString& tid :
+        QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
         QFile comm(QStringLiteral("/proc/self/task/%1/comm").arg(tid));
         QFile stat(QStringLiteral("/proc/self/task/%1/schedstat").arg(tid));
         if (!comm.open(QIODevice::ReadOnly) || !stat.open(QIODevice::ReadOnly))
