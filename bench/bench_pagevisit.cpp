@@ -18,15 +18,20 @@
 // raw program's "burst" mode runs the same statements in one transaction.
 //
 //   bench_pagevisit [visits] [rollback visits] [burst]      (defaults 2000, 200, 10000)
+//
+// With 0 visits only the burst runs (for a profiler).
 
 #include "storage/dbmanager.h"
 #include "storage/dbworker.h"
 #include "support/tempprofile.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QEventLoop>
+#include <QFile>
 #include <QLoggingCategory>
+#include <QMap>
 #include <QSettings>
 #include <QSqlDatabase>
 #include <QSqlQuery>
@@ -48,6 +53,37 @@ QString visitUrl(int i)
 {
     // Fifty sites; every fifth visit goes back to a page seen before.
     return QStringLiteral("https://site%1.example.com/page/%2").arg(i % 50).arg(i % 5 == 4 ? i - 4 : i);
+}
+
+// Per thread of this process: name, ns on a CPU, ns waiting for one (/proc schedstat).
+QMap<QString, QPair<qint64, qint64>> threadTimes()
+{
+    QMap<QString, QPair<qint64, qint64>> times;
+    for (const QString& tid :
+        QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        QFile comm(QStringLiteral("/proc/self/task/%1/comm").arg(tid));
+        QFile stat(QStringLiteral("/proc/self/task/%1/schedstat").arg(tid));
+        if (!comm.open(QIODevice::ReadOnly) || !stat.open(QIODevice::ReadOnly))
+            continue;
+        const QList<QByteArray> fields = stat.readAll().split(' ');
+        times.insert(QString::fromLatin1(comm.readAll().trimmed()) + QLatin1Char('/') + tid,
+            qMakePair(fields.value(0).toLongLong(), fields.value(1).toLongLong()));
+    }
+    return times;
+}
+
+void reportThreadTimes(const QMap<QString, QPair<qint64, qint64>>& before)
+{
+    const auto after = threadTimes();
+    for (auto it = after.begin(); it != after.end(); ++it) {
+        const auto start = before.value(it.key());
+        const qint64 run = it.value().first - start.first;
+        const qint64 wait = it.value().second - start.second;
+        if (run > 1000000)
+            QTextStream(stdout) << "  thread " << it.key() << ": " << QString::number(run / 1e6, 'f', 1)
+                                << " ms on a CPU, " << QString::number(wait / 1e6, 'f', 1)
+                                << " ms waiting for one\n";
+    }
 }
 
 void report(const char* what, std::vector<double> us, double totalUs)
@@ -225,9 +261,10 @@ int main(int argc, char** argv)
     const int burst = argc > 3 ? QByteArray(argv[3]).toInt() : 10000;
     qRegisterMetaType<QList<Tab>>("QList<Tab>"); // DBManager registers it for itself
 
-    threadRoundTrip(5000);
+    if (visits > 0)
+        threadRoundTrip(5000);
 
-    {
+    if (visits > 0) {
         TempProfile profile;
         QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, profile.path());
         DBWorker worker;
@@ -241,6 +278,8 @@ int main(int argc, char** argv)
     }
 
     for (const bool rollback : { false, true }) {
+        if (visits <= 0)
+            break;
         TempProfile profile;
         QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, profile.path());
         StorageThread storage(rollback);
@@ -252,14 +291,23 @@ int main(int argc, char** argv)
     TempProfile profile;
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, profile.path());
     DBManager* manager = DBManager::instance();
-    measureThread(QStringLiteral("DBManager end to end"), manager, manager, visits);
-
     QEventLoop loop;
+    if (visits > 0) {
+        measureThread(QStringLiteral("DBManager end to end"), manager, manager, visits);
+    } else {
+        // The burst starts on an opened file, as it does after the serial runs.
+        const auto ready = QObject::connect(manager, &DBManager::tabsAvailable, &loop, &QEventLoop::quit);
+        manager->getTabs();
+        loop.exec();
+        QObject::disconnect(ready);
+    }
+
     int received = 0;
     QObject::connect(manager, &DBManager::linkAddedToTabHistory, &loop, [&] {
         if (++received == burst)
             loop.quit();
     });
+    const auto threadsBefore = threadTimes();
     QElapsedTimer total;
     total.start();
     for (int i = 2 * visits; i < 2 * visits + burst; ++i) {
@@ -272,6 +320,7 @@ int main(int argc, char** argv)
     QTextStream(stdout) << "DBManager burst: " << burst << " visits queued at once, "
                         << QString::number(total.nsecsElapsed() / 1e3 / burst, 'f', 1) << " us per visit, "
                         << QString::number(total.nsecsElapsed() / 1e6, 'f', 1) << " ms in all\n";
+    reportThreadTimes(threadsBefore);
     manager->shutdown();
     return 0;
 }

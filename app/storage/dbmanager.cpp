@@ -4,6 +4,7 @@
 #include "utils/logcategories.h"
 
 #include <QCoreApplication>
+#include <QHash>
 
 #include <cstdlib>
 
@@ -40,6 +41,19 @@ void registerStorageMetaTypes()
 }
 } // namespace
 
+template <typename... Args>
+void DBManager::relay(void (DBWorker::*answer)(Args...), void (DBManager::*signal)(Args...))
+{
+    // Direct: runs on the storage thread as the worker emits; the arguments
+    // are copied into the queued emission.
+    connect(
+        m_worker, answer, m_worker,
+        [this, signal](Args... args) {
+            m_answersToSend.emplace_back([this, signal, args...] { (this->*signal)(args...); });
+        },
+        Qt::DirectConnection);
+}
+
 DBManager* DBManager::instance()
 {
     if (!s_instance)
@@ -58,30 +72,33 @@ DBManager::DBManager(QObject* parent)
     m_worker->moveToThread(&m_thread);
     // The worker closes its connections on its own thread, after its last request.
     connect(&m_thread, &QThread::finished, m_worker, &QObject::deleteLater);
-    connect(m_worker, &DBWorker::historyAvailable, this, &DBManager::historyAvailable);
-    connect(m_worker, &DBWorker::tabHistoryAvailable, this, &DBManager::tabHistoryAvailable);
-    connect(m_worker, &DBWorker::mostVisitedLinksAvailable, this, &DBManager::mostVisitedLinksAvailable);
-    connect(m_worker, &DBWorker::tabsAvailable, this, &DBManager::tabsAvailable);
-    connect(m_worker, &DBWorker::faviconsAvailable, this, &DBManager::faviconsAvailable);
-    connect(m_worker, &DBWorker::bookmarksTreeAvailable, this, &DBManager::bookmarksTreeAvailable);
-    connect(m_worker, &DBWorker::bookmarksAvailable, this, &DBManager::bookmarksAvailable);
-    connect(m_worker, &DBWorker::bookmarkedAvailable, this, &DBManager::bookmarkedAvailable);
-    connect(m_worker, &DBWorker::bookmarkDataAvailable, this, &DBManager::bookmarkDataAvailable);
-    connect(m_worker, &DBWorker::permissionsAvailable, this, &DBManager::permissionsAvailable);
-    connect(m_worker, &DBWorker::searchEnginesAvailable, this, &DBManager::searchEnginesAvailable);
-    connect(m_worker, &DBWorker::searchEngineAdded, this, &DBManager::searchEngineAdded);
-    connect(m_worker, &DBWorker::historyTitleChanged, this, &DBManager::historyTitleChanged);
-    connect(m_worker, &DBWorker::tabHistoryTitleChanged, this, &DBManager::tabHistoryTitleChanged);
-    connect(m_worker, &DBWorker::tabHistoryEntryChanged, this, &DBManager::tabHistoryEntryChanged);
-    connect(m_worker, &DBWorker::linkAddedToTabHistory, this, &DBManager::linkAddedToTabHistory);
-    connect(m_worker, &DBWorker::downloadsAvailable, this, &DBManager::downloadsAvailable);
-    connect(m_worker, &DBWorker::downloadAdded, this, &DBManager::downloadAdded);
-    connect(m_worker, &DBWorker::oldDownloadRemoved, this, &DBManager::oldDownloadRemoved);
-    connect(m_worker, &DBWorker::passwordExceptionsAvailable, this, &DBManager::passwordExceptionsAvailable);
-    connect(m_worker, &DBWorker::siteDprsAvailable, this, &DBManager::siteDprsAvailable);
-    connect(m_worker, &DBWorker::siteDprAdded, this, &DBManager::siteDprAdded);
-    connect(m_worker, &DBWorker::tabDeviceModeChanged, this, &DBManager::tabDeviceModeChanged);
-    connect(m_worker, &DBWorker::deviceModeAvailable, this, &DBManager::deviceModeAvailable);
+    // Every answer is relayed under its own name, in the order the worker
+    // gave them, in one hand-over per request or group commit.
+    m_worker->setRequestDone([this] { sendAnswers(); });
+    relay(&DBWorker::historyAvailable, &DBManager::historyAvailable);
+    relay(&DBWorker::tabHistoryAvailable, &DBManager::tabHistoryAvailable);
+    relay(&DBWorker::mostVisitedLinksAvailable, &DBManager::mostVisitedLinksAvailable);
+    relay(&DBWorker::tabsAvailable, &DBManager::tabsAvailable);
+    relay(&DBWorker::faviconsAvailable, &DBManager::faviconsAvailable);
+    relay(&DBWorker::bookmarksTreeAvailable, &DBManager::bookmarksTreeAvailable);
+    relay(&DBWorker::bookmarksAvailable, &DBManager::bookmarksAvailable);
+    relay(&DBWorker::bookmarkedAvailable, &DBManager::bookmarkedAvailable);
+    relay(&DBWorker::bookmarkDataAvailable, &DBManager::bookmarkDataAvailable);
+    relay(&DBWorker::permissionsAvailable, &DBManager::permissionsAvailable);
+    relay(&DBWorker::searchEnginesAvailable, &DBManager::searchEnginesAvailable);
+    relay(&DBWorker::searchEngineAdded, &DBManager::searchEngineAdded);
+    relay(&DBWorker::historyTitleChanged, &DBManager::historyTitleChanged);
+    relay(&DBWorker::tabHistoryTitleChanged, &DBManager::tabHistoryTitleChanged);
+    relay(&DBWorker::tabHistoryEntryChanged, &DBManager::tabHistoryEntryChanged);
+    relay(&DBWorker::linkAddedToTabHistory, &DBManager::linkAddedToTabHistory);
+    relay(&DBWorker::downloadsAvailable, &DBManager::downloadsAvailable);
+    relay(&DBWorker::downloadAdded, &DBManager::downloadAdded);
+    relay(&DBWorker::oldDownloadRemoved, &DBManager::oldDownloadRemoved);
+    relay(&DBWorker::passwordExceptionsAvailable, &DBManager::passwordExceptionsAvailable);
+    relay(&DBWorker::siteDprsAvailable, &DBManager::siteDprsAvailable);
+    relay(&DBWorker::siteDprAdded, &DBManager::siteDprAdded);
+    relay(&DBWorker::tabDeviceModeChanged, &DBManager::tabDeviceModeChanged);
+    relay(&DBWorker::deviceModeAvailable, &DBManager::deviceModeAvailable);
 
     // Nothing a user did may be lost at exit, including what a QML handler or
     // a destructor asks for while the program winds down. Quitting only waits
@@ -124,11 +141,73 @@ bool DBManager::post(const char* method, QGenericArgument a0, QGenericArgument a
         qCWarning(lcStorage) << "storage thread has stopped, request cannot run any more:" << method;
         return false;
     }
+    // Still a queued call by name, but the name is resolved once: normalising
+    // the signature and searching the worker's hundred slots cost more than
+    // queuing the call itself.
+    const QMetaMethod slot = workerSlot(method, { a0, a1, a2, a3, a4 });
+    if (!slot.isValid())
+        return false;
     m_queued.ref();
-    if (QMetaObject::invokeMethod(m_worker, method, Qt::QueuedConnection, a0, a1, a2, a3, a4))
+    if (slot.invoke(m_worker, Qt::QueuedConnection, a0, a1, a2, a3, a4))
         return true;
     m_queued.deref();
     return false;
+}
+
+QMetaMethod DBManager::workerSlot(const char* method, const QGenericArgument (&args)[5])
+{
+    // Keyed by the address of each request's name (every request passes its
+    // own literal). One table per calling thread, so that none needs a lock.
+    thread_local QHash<const char*, QMetaMethod> resolved;
+    const auto found = resolved.constFind(method);
+    if (found != resolved.constEnd())
+        return found.value();
+
+    QByteArray signature(method);
+    signature += '(';
+    for (const QGenericArgument& arg : args) {
+        if (!arg.name())
+            break;
+        if (!signature.endsWith('('))
+            signature += ',';
+        signature += arg.name();
+    }
+    signature += ')';
+    const QMetaObject& meta = DBWorker::staticMetaObject;
+    const int index = meta.indexOfMethod(QMetaObject::normalizedSignature(signature.constData()).constData());
+    if (index < 0) {
+        qCWarning(lcStorage) << "no storage request" << signature;
+        return QMetaMethod();
+    }
+    const QMetaMethod slot = meta.method(index);
+    resolved.insert(method, slot);
+    return slot;
+}
+
+void DBManager::sendAnswers()
+{
+    // A group commit's answers, by the thousand, cross in one queued call
+    // instead of one each: a single wake-up of this thread.
+    if (m_answersToSend.empty())
+        return;
+    std::vector<std::function<void()>> answers;
+    answers.swap(m_answersToSend);
+    QMetaObject::invokeMethod(
+        this, [this, answers = std::move(answers)]() mutable { emitAnswers(std::move(answers)); },
+        Qt::QueuedConnection);
+}
+
+void DBManager::emitAnswers(std::vector<std::function<void()>> answers)
+{
+    for (auto& answer : answers)
+        m_answersToEmit.push_back(std::move(answer));
+    // One at a time from the shared queue: a receiver that spins an event
+    // loop of its own meets the later answers there, still in order.
+    while (!m_answersToEmit.empty()) {
+        const std::function<void()> answer = std::move(m_answersToEmit.front());
+        m_answersToEmit.pop_front();
+        answer();
+    }
 }
 
 void DBManager::drain()

@@ -4,10 +4,15 @@
 
 #include <QAtomicInt>
 #include <QDateTime>
+#include <QMetaMethod>
 #include <QObject>
 #include <QSet>
 #include <QStringList>
 #include <QThread>
+
+#include <deque>
+#include <functional>
+#include <vector>
 
 class DBWorker;
 
@@ -166,8 +171,23 @@ private:
         QGenericArgument a1 = QGenericArgument(), QGenericArgument a2 = QGenericArgument(),
         QGenericArgument a3 = QGenericArgument(), QGenericArgument a4 = QGenericArgument());
 
+    // The worker's slot for a request name, looked up by name and argument
+    // types on the name's first use, then reused.
+    QMetaMethod workerSlot(const char* method, const QGenericArgument (&args)[5]);
+    // Relays a worker signal as this object's signal of the same name.
+    template <typename... Args>
+    void relay(void (DBWorker::*answer)(Args...), void (DBManager::*signal)(Args...));
+    // On the storage thread: hands the answers of the request just run to this thread.
+    void sendAnswers();
+    // On this object's thread: emits them, after any still waiting.
+    void emitAnswers(std::vector<std::function<void()>> answers);
+
     QThread m_thread;
     DBWorker* m_worker = nullptr;
+    // Answers of the running request; touched only on the storage thread.
+    std::vector<std::function<void()>> m_answersToSend;
+    // Answers received and not emitted yet, oldest first; touched only on this object's thread.
+    std::deque<std::function<void()>> m_answersToEmit;
     // Requests queued and not started; shared with the worker.
     QAtomicInt m_queued;
     bool m_stopped = false;

@@ -24,6 +24,8 @@ DBWorker::DBWorker(QObject* parent)
     , m_mainConnection(QLatin1String(QSqlDatabase::defaultConnection))
     , m_fileStatements(m_mainConnection)
     , m_privateStatements(privateConnectionName())
+    , m_fileDirect(m_mainConnection)
+    , m_privateDirect(privateConnectionName())
 {
 }
 
@@ -34,6 +36,8 @@ DBWorker::~DBWorker()
     // statements go first: a statement must not outlive its connection.
     m_fileStatements.clear();
     m_privateStatements.clear();
+    m_fileDirect.clear();
+    m_privateDirect.clear();
     for (const QString& name : { m_mainConnection, privateConnectionName() }) {
         if (!QSqlDatabase::contains(name))
             continue;
@@ -93,6 +97,29 @@ bool DBWorker::execute(CachedQuery& query)
     return false;
 }
 
+DirectQuery DBWorker::prepare(DirectSlot slot, const QString& sql, bool isPrivate)
+{
+    return (isPrivate ? m_privateDirect : m_fileDirect).take(slot, sql);
+}
+
+bool DBWorker::execute(DirectQuery& query)
+{
+    if (!query.isValid() && query.lastError().isValid()) {
+        qCWarning(lcStorage) << prepareSignature << "failed to prepare query" << query.lastQuery()
+                             << query.lastError();
+        m_statementFailed = true;
+        checkDamage(query.lastError());
+        return false;
+    }
+    if (query.exec())
+        return true;
+    qCWarning(lcStorage) << executeSignature << "failed execute query" << query.lastQuery()
+                         << query.lastError();
+    m_statementFailed = true;
+    checkDamage(query.lastError());
+    return false;
+}
+
 bool DBWorker::openConnections()
 {
     const QString dirPath = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
@@ -100,6 +127,10 @@ bool DBWorker::openConnections()
     if (!dir.exists() && !dir.mkpath(QStringLiteral(".")))
         qCWarning(lcStorage) << "Can't create directory " << dirPath;
 
+    // Adding a connection under a name in use closes the old one: no
+    // statement compiled on its handle may survive that.
+    m_fileDirect.clear();
+    m_privateDirect.clear();
     QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_mainConnection);
     db.setDatabaseName(dir.absoluteFilePath(databaseFileName));
     QSqlDatabase privateDb = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), privateConnectionName());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "directquery.h"
 #include "localday.h"
 #include "records.h"
 #include "statementcache.h"
@@ -43,6 +44,9 @@ public:
     // queues them (DBManager). With it the worker sees a burst and writes it
     // in one transaction; without it every statement commits on its own.
     void setQueueCounter(QAtomicInt* counter) { m_queued = counter; }
+    // Called on this thread after each queued request (and the commit it
+    // may end) has run and emitted its answers, when a queue counter is set.
+    void setRequestDone(std::function<void()> hook) { m_requestDone = std::move(hook); }
     // Commits the open group of writes, if any, and sends the answers held for it.
     void commitPending();
 
@@ -180,6 +184,7 @@ private:
     // group of requests shares one transaction.
     void deliver(std::function<void()> emission);
     void beginGroup();
+    bool runRequest(QEvent* event);
     // Stops using a file SQLite reports as damaged: moves it aside and starts
     // a fresh one in its place (dbworkerrecovery.cpp).
     void checkDamage(const QSqlError& error);
@@ -193,6 +198,23 @@ private:
     // goes out of scope, so it must stay in use no longer than it stays in scope.
     CachedQuery prepare(const QString& sql, bool isPrivate);
     bool execute(CachedQuery& query);
+    // The statements of a page visit, run without Qt SQL's per-value
+    // bookkeeping; each slot always holds the same SQL text.
+    enum DirectSlot {
+        SelectTodaysVisit,
+        UpdateVisit,
+        UpdateVisitAndTitle,
+        InsertVisit,
+        SelectLink,
+        InsertLink,
+        InsertTabHistory,
+        SelectTab,
+        UpdateTabEntry,
+        InsertTab,
+    };
+    DirectQuery prepare(DirectSlot slot, const QString& sql, bool isPrivate);
+    // Also reports a statement that could not be compiled.
+    bool execute(DirectQuery& query);
 
     // ---- database set-up and migrations (dbworker.cpp, dbmigrations.cpp) ----
     bool openConnections();
@@ -235,6 +257,7 @@ private:
     bool m_opened = false;
     LocalDay m_localDay;
     QAtomicInt* m_queued = nullptr;
+    std::function<void()> m_requestDone;
     bool m_inGroup = false;
     bool m_recovering = false;
     // Whether a statement of the request running now failed.
@@ -245,4 +268,6 @@ private:
     // Declared after the connection name they are built from.
     StatementCache m_fileStatements;
     StatementCache m_privateStatements;
+    DirectStatements m_fileDirect;
+    DirectStatements m_privateDirect;
 };

@@ -36,7 +36,14 @@ bool DBWorker::event(QEvent* event)
 {
     if (event->type() != QEvent::MetaCall || !m_queued)
         return QObject::event(event);
+    const bool handled = runRequest(event);
+    if (m_requestDone)
+        m_requestDone();
+    return handled;
+}
 
+bool DBWorker::runRequest(QEvent* event)
+{
     const int behind = m_queued->fetchAndSubOrdered(1) - 1;
     if (!m_inGroup && behind > 0 && m_opened)
         beginGroup();

@@ -105,42 +105,44 @@ void DBWorker::addHistoryEntry(const QString& url, const QString& title)
     const qint64 now = QDateTime::currentMSecsSinceEpoch();
     const qint64 startOfToday = m_localDay.startOfDay(now);
 
-    auto select = prepare(
+    auto select = prepare(SelectTodaysVisit,
         QStringLiteral(
             "SELECT id FROM browser_history WHERE url = ? AND date >= ? ORDER BY date DESC LIMIT 1;"),
         false);
-    select.addBindValue(url);
-    select.addBindValue(startOfToday);
+    select.bind(1, url);
+    select.bind(2, startOfToday);
     if (!execute(select))
         return;
 
     // A statement left mid-result keeps SQLite's implicit transaction open, so
     // reads are finished before the writes that follow them.
-    const int id = select.next() ? select.value(0).toInt() : 0;
+    const int id = select.next() ? int(select.value(0)) : 0;
     select.finish();
     if (id > 0) {
         // A page that has not reported its title yet must not wipe the one already known.
         auto update = title.isEmpty()
-            ? prepare(
+            ? prepare(UpdateVisit,
                 QStringLiteral("UPDATE browser_history SET date = ?, visited_count = visited_count + 1  "
                                "WHERE id = ?;"),
                 false)
-            : prepare(QStringLiteral("UPDATE browser_history SET date = ?, title = ?, visited_count = "
-                                     "visited_count + 1  WHERE id = ?;"),
+            : prepare(UpdateVisitAndTitle,
+                QStringLiteral("UPDATE browser_history SET date = ?, title = ?, visited_count = "
+                               "visited_count + 1  WHERE id = ?;"),
                 false);
-        update.addBindValue(now);
+        int position = 1;
+        update.bind(position++, now);
         if (!title.isEmpty())
-            update.addBindValue(title);
-        update.addBindValue(id);
+            update.bind(position++, title);
+        update.bind(position, id);
         execute(update);
         return;
     }
 
-    auto insert
-        = prepare(QStringLiteral("INSERT INTO browser_history (url, title, date) VALUES (?, ?, ?);"), false);
-    insert.addBindValue(url);
-    insert.addBindValue(title);
-    insert.addBindValue(now);
+    auto insert = prepare(InsertVisit,
+        QStringLiteral("INSERT INTO browser_history (url, title, date) VALUES (?, ?, ?);"), false);
+    insert.bind(1, url);
+    insert.bind(2, title);
+    insert.bind(3, now);
     execute(insert);
 }
 
@@ -270,15 +272,16 @@ void DBWorker::addToTabHistory(int tabId, const QString& url, const QString& tit
         return;
     }
 
-    auto query = prepare(
+    auto query = prepare(InsertTabHistory,
         QStringLiteral("INSERT INTO tab_history (tab_id, link_id, date) VALUES (?, ?, ?);"), isPrivate);
-    query.addBindValue(tabId);
-    query.addBindValue(linkId);
-    query.addBindValue(QDateTime::currentMSecsSinceEpoch());
+    query.bind(1, tabId);
+    query.bind(2, linkId);
+    query.bind(3, QDateTime::currentMSecsSinceEpoch());
     if (!execute(query))
         return;
 
-    const int tabHistoryId = query.lastInsertId().isValid() ? query.lastInsertId().toInt() : -1;
+    const qint64 insertedId = query.lastInsertId();
+    const int tabHistoryId = insertedId != 0 ? int(insertedId) : -1;
     qCDebug(lcStorage) << Q_FUNC_INFO << "tab:" << tabId << "link:" << linkId << "tab history id"
                        << tabHistoryId;
     if (tabHistoryId < 1) {
@@ -422,27 +425,27 @@ void DBWorker::updateTabHistoryEntry(
 int DBWorker::createLink(const QString& url, bool isPrivate, const QString& title, const QString& thumbPath)
 {
     // One link row per url, shared by every tab that visits it.
-    auto select = prepare(QStringLiteral("SELECT link_id FROM link WHERE url = ?;"), isPrivate);
-    select.addBindValue(url);
+    auto select = prepare(SelectLink, QStringLiteral("SELECT link_id FROM link WHERE url = ?;"), isPrivate);
+    select.bind(1, url);
     if (!execute(select))
         return -1;
     if (select.next())
-        return select.value(0).toInt();
+        return int(select.value(0));
     select.finish();
 
-    auto insert
-        = prepare(QStringLiteral("INSERT INTO link (url, title, thumb_path) VALUES (?, ?, ?);"), isPrivate);
-    insert.addBindValue(url);
-    insert.addBindValue(title);
-    insert.addBindValue(thumbPath);
+    auto insert = prepare(
+        InsertLink, QStringLiteral("INSERT INTO link (url, title, thumb_path) VALUES (?, ?, ?);"), isPrivate);
+    insert.bind(1, url);
+    insert.bind(2, title);
+    insert.bind(3, thumbPath);
     if (!execute(insert))
         return -1;
-    const QVariant id = insert.lastInsertId();
-    if (!id.isValid()) {
+    const qint64 id = insert.lastInsertId();
+    if (id == 0) {
         qCWarning(lcStorage) << Q_FUNC_INFO << "unable to fetch last inserted id" << url;
         return -1;
     }
-    return id.toInt();
+    return int(id);
 }
 
 Link DBWorker::currentTabLink(int tabId)

@@ -68,6 +68,7 @@ void DBWorker::checkDamage(const QSqlError& error)
 bool DBWorker::replaceDamagedFile()
 {
     m_fileStatements.clear();
+    m_fileDirect.clear();
     QSqlDatabase db = database(false);
     db.close();
 

@@ -95,8 +95,8 @@ void DBWorker::addTabs(
 
 std::optional<bool> DBWorker::tabExists(int tabId, bool isPrivate)
 {
-    auto exists = prepare(QStringLiteral("SELECT 1 FROM tab WHERE tab_id = ?;"), isPrivate);
-    exists.addBindValue(tabId);
+    auto exists = prepare(SelectTab, QStringLiteral("SELECT 1 FROM tab WHERE tab_id = ?;"), isPrivate);
+    exists.bind(1, tabId);
     if (!execute(exists))
         return std::nullopt;
     // Finished before the caller writes: a half-read statement keeps SQLite's read transaction open.
@@ -113,10 +113,12 @@ void DBWorker::updateTab(int tabId, int tabHistoryId, bool isPrivate)
         return;
     const bool known = *exists;
     auto query = known
-        ? prepare(QStringLiteral("UPDATE tab SET tab_history_id = ? WHERE tab_id = ?;"), isPrivate)
-        : prepare(QStringLiteral("INSERT INTO tab (tab_id, tab_history_id) VALUES (?, ?);"), isPrivate);
-    query.addBindValue(known ? tabHistoryId : tabId);
-    query.addBindValue(known ? tabId : tabHistoryId);
+        ? prepare(
+            UpdateTabEntry, QStringLiteral("UPDATE tab SET tab_history_id = ? WHERE tab_id = ?;"), isPrivate)
+        : prepare(
+            InsertTab, QStringLiteral("INSERT INTO tab (tab_id, tab_history_id) VALUES (?, ?);"), isPrivate);
+    query.bind(1, known ? tabHistoryId : tabId);
+    query.bind(2, known ? tabId : tabHistoryId);
     execute(query);
 }
 
