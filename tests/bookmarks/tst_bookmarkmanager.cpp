@@ -282,14 +282,12 @@ private slots:
             m_manager->saveToAppGrid(url, QStringLiteral("example"));
             const auto create = m_apm->calls(QStringLiteral("Create"));
             QCOMPARE(create.size(), 1);
-            QCOMPARE(create.first().signature(), QStringLiteral("sss"));
-            QCOMPARE(create.first().arguments.mid(0, 2), (QVariantList { url, QStringLiteral("example") }));
-            const QString icon = create.first().arguments.at(2).toString();
-            if (!favicon.isEmpty())
-                QCOMPARE(icon, favicon);
-            else
-                QVERIFY(QImage::fromData(QByteArray::fromBase64(icon.mid(22).toLatin1()), "PNG").width() > 0
-                    && icon.startsWith(QLatin1String("data:image/png;base64,")));
+            const QString icon = create.value(0).arguments.value(2).toString();
+            QCOMPARE(create.value(0).arguments,
+                (QVariantList { url, QStringLiteral("example"), favicon.isEmpty() ? icon : favicon }));
+            QVERIFY(!favicon.isEmpty()
+                || (icon.startsWith(QLatin1String("data:image/png;base64,"))
+                    && !QImage::fromData(QByteArray::fromBase64(icon.mid(22).toLatin1()), "PNG").isNull()));
         }
         QVERIFY2(clock.elapsed() < 3 * BookmarkManager::appGridTimeoutMs,
             qPrintable(QString::number(clock.elapsed())));

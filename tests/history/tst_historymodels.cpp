@@ -148,11 +148,10 @@ private slots:
         for (const QString& step : steps.split(QLatin1Char(';'))) {
             const QString op = step.section(QLatin1Char(' '), 0, 0),
                           arg = step.section(QLatin1Char(' '), 1, 1);
+            const qint64 days = step.section(QLatin1Char(' '), 2).toInt();
             if (op == QLatin1String("get"))
                 model.getHistory(arg == QLatin1String("-") ? QString() : arg,
-                    step.section(QLatin1Char(' '), 2).toInt() ? QDateTime::fromMSecsSinceEpoch(
-                        now - step.section(QLatin1Char(' '), 2).toInt() * dayMs)
-                                                              : QDateTime());
+                    days ? QDateTime::fromMSecsSinceEpoch(now - days * dayMs) : QDateTime());
             else if (op == QLatin1String("search"))
                 model.search(arg);
             else if (op == QLatin1String("find"))
