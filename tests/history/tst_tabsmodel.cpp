@@ -52,7 +52,6 @@ private slots:
         QTest::newRow("600.001 s goes at once") << "1:600001 2:300000" << QList<int>() << "1 > 2";
         QTest::newRow("protected never") << "1:3600000p 2:70000p" << QList<int>() << "";
         QTest::newRow("downloading never") << "1:3600000 2:700000 3:90000" << QList<int>{ 1, 3 } << "2";
-        QTest::newRow("11, 12 and 3 minutes") << "1:660000 2:720000 3:180000" << QList<int>() << "1 2 > 3";
         QTest::newRow("least recently used") << "1:120000 2:300000 3:200000 4:10" << QList<int>() << "> 2";
         QTest::newRow("just added counts 20 ms ahead") << "1:60019n" << QList<int>() << "";
         // clang-format on

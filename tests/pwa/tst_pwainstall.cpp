@@ -38,12 +38,10 @@ QJsonObject readJson(const QString& path)
     return QJsonDocument::fromJson(file.readAll()).object();
 }
 
-const QStringList permissions = { QStringLiteral("Internet"), QStringLiteral("UserDirs"),
-    QStringLiteral("RemovableMedia"), QStringLiteral("DeviceInfo"), QStringLiteral("Location"),
-    QStringLiteral("Downloads"), QStringLiteral("MediaIndexing"), QStringLiteral("Audio"),
-    QStringLiteral("Camera"), QStringLiteral("Printing"), QStringLiteral("ScreenCapture"),
-    QStringLiteral("ru.cryptopro.gui@ru.cryptopro.csp"),
-    QStringLiteral("ru.cryptopro.nmcades@ru.cryptopro.csp") };
+const QStringList permissions = QStringLiteral(
+    "Internet UserDirs RemovableMedia DeviceInfo Location Downloads MediaIndexing Audio Camera Printing "
+    "ScreenCapture ru.cryptopro.gui@ru.cryptopro.csp ru.cryptopro.nmcades@ru.cryptopro.csp")
+                                    .split(QLatin1Char(' '));
 } // namespace
 
 class TestPwaInstall : public QObject
