@@ -1,6 +1,4 @@
-// Bookmarks as the bookmarks page sees them: the manager, its models and a page's
-// own folder list, on a real storage thread and file, and the application grid
-// through a fake package manager on a private system bus.
+// Bookmarks as the page sees them, on real storage, and the app grid through a fake package manager.
 
 #include "bookmarks/bookmarkmanager.h"
 #include "bookmarks/bookmarkmodel.h"
@@ -130,19 +128,16 @@ private slots:
         // clang-format off
         QTest::newRow("seeded") << "" << "A/ b1" << "A/ b1" << "q1" << tree;
         QTest::newRow("add bookmark and folder") << "bookmark Bookmarks n;folder Bookmarks F;bookmark Quick m" << "A/ b1" << "A/ F/ b1 n" << "m q1" << "Bookmarks:0:4 A:1:2 A1:2:1 F:1:0 Quick access:0:2";
-        QTest::newRow("edit quick access row") << "edit q1 Q" << "A/ b1" << "A/ b1" << "Q" << tree;
         QTest::newRow("rename folder") << "edit A1 Z" << "A/ b1" << "A/ b1" << "q1" << "Bookmarks:0:3 A:1:2 Z:2:1 Quick access:0:1";
         QTest::newRow("move bookmark") << "move b1 A" << "A/" << "A/" << "q1" << "Bookmarks:0:3 A:1:3 A1:2:1 Quick access:0:1";
         QTest::newRow("move folder") << "move A Quick" << "b1" << "b1" << "A/ q1" << "Bookmarks:0:1 Quick access:0:3 A:1:2 A1:2:1";
         QTest::newRow("move into itself refused") << "move A A1" << "A/ b1" << "A/ b1" << "q1" << tree;
-        QTest::newRow("remove one") << "remove b1" << "A/" << "A/" << "q1" << "Bookmarks:0:2 A:1:2 A1:2:1 Quick access:0:1";
         QTest::newRow("remove folder") << "remove A" << "b1" << "b1" << "q1" << "Bookmarks:0:1 Quick access:0:1";
         QTest::newRow("clear folder only") << "clear A" << "A/ b1" << "A/ b1" << "q1" << "Bookmarks:0:1 A:1:0 Quick access:0:1";
         QTest::newRow("remove selected") << "select b1;select A;removeSelected" << "" << "" << "q1" << "Bookmarks:0:0 Quick access:0:1";
         QTest::newRow("move selected") << "select b1;moveSelected" << "A/" << "A/" << "b1 q1" << "Bookmarks:0:2 A:1:2 A1:2:1 Quick access:0:2";
         QTest::newRow("remove all") << "removeAll" << "" << "" << "" << "Bookmarks:0:0 Quick access:0:0";
         QTest::newRow("search below folder") << "filter 1" << "a1 b1 x1" << "a1 b1 x1" << "q1" << tree;
-        QTest::newRow("search keeps moved") << "filter 1;move b1 A" << "a1 b1 x1" << "a1 b1 x1" << "q1" << "Bookmarks:0:3 A:1:3 A1:2:1 Quick access:0:1";
         // clang-format on
     }
 
@@ -224,7 +219,6 @@ private slots:
         QTest::newRow("bookmark") << "http://a1/" << true << "http://a1/" << "1 a1 A";
         QTest::newRow("no bookmark") << "http://a1/ http://none/" << false << "http://none/" << "0  ";
         QTest::newRow("internal page, stale answer dropped") << "http://a1/ about:blank" << false << "http://q1/" << "1 q1 Quick access";
-        QTest::newRow("chrome page") << "chrome://version" << false << "http://b1/" << "1 b1 Bookmarks";
         // clang-format on
     }
 
@@ -257,7 +251,6 @@ private slots:
         QTest::addColumn<bool>("onGrid");
         // clang-format off
         QTest::newRow("on the grid") << "true" << "-" << true;
-        QTest::newRow("not on the grid") << "false" << "-" << false;
         QTest::newRow("error") << "error" << "-" << false;
         QTest::newRow("no answer") << "never" << "-" << false;
         QTest::newRow("create with cached favicon") << "true" << "data:image/png;base64,iVBORw0KGgo=" << true;
@@ -289,14 +282,12 @@ private slots:
             m_manager->saveToAppGrid(url, QStringLiteral("example"));
             const auto create = m_apm->calls(QStringLiteral("Create"));
             QCOMPARE(create.size(), 1);
-            QCOMPARE(create.first().signature(), QStringLiteral("sss"));
-            QCOMPARE(create.first().arguments.mid(0, 2), (QVariantList { url, QStringLiteral("example") }));
-            const QString icon = create.first().arguments.at(2).toString();
-            if (!favicon.isEmpty())
-                QCOMPARE(icon, favicon);
-            else
-                QVERIFY(QImage::fromData(QByteArray::fromBase64(icon.mid(22).toLatin1()), "PNG").width() > 0
-                    && icon.startsWith(QLatin1String("data:image/png;base64,")));
+            const QString icon = create.value(0).arguments.value(2).toString();
+            QCOMPARE(create.value(0).arguments,
+                (QVariantList { url, QStringLiteral("example"), favicon.isEmpty() ? icon : favicon }));
+            QVERIFY(!favicon.isEmpty()
+                || (icon.startsWith(QLatin1String("data:image/png;base64,"))
+                    && !QImage::fromData(QByteArray::fromBase64(icon.mid(22).toLatin1()), "PNG").isNull()));
         }
         QVERIFY2(clock.elapsed() < 3 * BookmarkManager::appGridTimeoutMs,
             qPrintable(QString::number(clock.elapsed())));

@@ -1,5 +1,4 @@
-// The administrator's policy file, followed through every way it is changed,
-// as the front end sees it.
+// The administrator's policy file through every way it changes, as the front end sees it.
 
 #include "startup/qmltypes.h"
 #include "support/logcapture.h"

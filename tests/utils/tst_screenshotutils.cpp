@@ -40,10 +40,6 @@ Item {
         // Sorted "<width>x<height> q<first luminance quantiser>": 1 at JPEG quality 97, 10 at 70.
         QTest::addColumn<QStringList>("images");
         const QString full = QStringLiteral("162x81 q1"), thumbnail = QStringLiteral("100x50 q10");
-        QTest::newRow("high quality")
-            << QStringLiteral("page") << QList<bool> { true } << QStringList { full };
-        QTest::newRow("thumbnail") << QStringLiteral("page") << QList<bool> { false }
-                                   << QStringList { thumbnail };
         QTest::newRow("overlapping") << QStringLiteral("page") << QList<bool> { false, true, false }
                                      << QStringList { thumbnail, thumbnail, full };
         QTest::newRow("zero width") << QStringLiteral("collapsed") << QList<bool> { true } << QStringList();
