@@ -251,6 +251,7 @@ private slots:
         QTest::addColumn<bool>("onGrid");
         // clang-format off
         QTest::newRow("on the grid") << "true" << "-" << true;
+        QTest::newRow("not on the grid") << "false" << "-" << false;
         QTest::newRow("error") << "error" << "-" << false;
         QTest::newRow("no answer") << "never" << "-" << false;
         QTest::newRow("create with cached favicon") << "true" << "data:image/png;base64,iVBORw0KGgo=" << true;

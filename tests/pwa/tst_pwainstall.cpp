@@ -13,6 +13,7 @@
 #include <webview.h>
 
 #include <QBuffer>
+#include <QJsonArray>
 #include <QJsonObject>
 #include <QtTest>
 
@@ -54,6 +55,8 @@ private slots:
     void failures_data();
     void failures();
     void updateReplacesIcons();
+    void realManifests_data();
+    void realManifests();
     void startUrlStaysOnOrigin_data();
     void startUrlStaysOnOrigin();
 
@@ -305,6 +308,56 @@ void TestPwaInstall::updateReplacesIcons()
     QCOMPARE(calls[0].arguments.value(0).toString(), url("/meta/"));
     QCOMPARE(calls[0].arguments.value(1).toString(), QStringLiteral("Notes"));
     QCOMPARE(calls[0].arguments.value(7).toStringList().size(), 4);
+}
+
+void TestPwaInstall::realManifests_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<QString>("startPath");
+    QTest::addColumn<QString>("scopePath");
+    QTest::addColumn<int>("chosenIcon"); // index in "icons" of the image the launcher icons come from
+
+    // Relative start pages resolve against the manifest; "/" means the page's own directory.
+    const auto row = [](const char* name, const char* file, const char* start, const char* scope, int icon) {
+        QTest::newRow(name) << QString::fromLatin1(file) << QString::fromLatin1(start)
+                            << QString::fromLatin1(scope) << icon;
+    };
+    row("element", "element-web.json", "/site/index.html", "/site/", 1); // 1240x600 is the widest
+    row("excalidraw", "excalidraw.json", "/site/", "/site/", 1);
+    row("immich", "immich.json", "/site/", "/site/", 3); // both 512 entries name one file, served last
+    row("jitsi", "jitsi-meet.json", "/site/", "/", 1); // the declared scope "/" contains the start page
+}
+
+void TestPwaInstall::realManifests()
+{
+    QFETCH(QString, file);
+    QFETCH(QString, startPath);
+    QFETCH(QString, scopePath);
+    QFETCH(int, chosenIcon);
+
+    QFile source(QFINDTESTDATA(QStringLiteral("data/") + file));
+    QVERIFY(source.open(QIODevice::ReadOnly));
+    const QByteArray text = source.readAll();
+    const QJsonArray icons = QJsonDocument::fromJson(text).object().value(QStringLiteral("icons")).toArray();
+    const QString manifest = url("/site/") + file;
+    m_server.route("/site/" + file.toLatin1(), text, "application/manifest+json");
+    // Every icon in the size it declares and a colour of its own.
+    for (int i = 0; i < icons.size(); ++i) {
+        const QStringList size
+            = icons[i].toObject().value(QStringLiteral("sizes")).toString().split(QLatin1Char('x'));
+        const QUrl iconUrl
+            = QUrl(manifest).resolved(QUrl(icons[i].toObject().value(QStringLiteral("src")).toString()));
+        m_server.route(iconUrl.path().toLatin1(),
+            png(size.value(0).toInt(), size.value(1).toInt(), QColor(i * 15, 0, 0)), "image/png");
+    }
+
+    QCOMPARE(run(false, &m_view, url("/site/page.html"), manifest), int(PwaManager::SUCCESS));
+    const QString dir = appDir(m_server.url(startPath).toString());
+    const QJsonObject config = readJson(dir + QStringLiteral("/pwaconfig.json"));
+    QCOMPARE(config.value(QStringLiteral("start_url")).toString(), m_server.url(startPath).toString());
+    QCOMPARE(config.value(QStringLiteral("scope")).toString(), m_server.url(scopePath).toString());
+    QCOMPARE(config.value(QStringLiteral("display")).toString(), QStringLiteral("standalone"));
+    QCOMPARE(QImage(dir + QStringLiteral("/172x172.png")).pixelColor(86, 86).red(), chosenIcon * 15);
 }
 
 void TestPwaInstall::startUrlStaysOnOrigin_data()
