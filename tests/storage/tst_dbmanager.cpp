@@ -72,7 +72,6 @@ private slots:
     void requestsRunAfterMigrationInOrder();
     void quotedUrlNeitherBreaksNorInjects();
     void writesQueuedBeforeQuitAreKept();
-    void killedBurstKeepsEveryAnsweredVisit_data();
     void killedBurstKeepsEveryAnsweredVisit();
     void failingRequestInBurstEndsOnlyItself_data();
     void failingRequestInBurstEndsOnlyItself();
@@ -174,17 +173,9 @@ void TestDbManager::writesQueuedBeforeQuitAreKept()
     QCOMPARE(db.value(QStringLiteral("SELECT COUNT(*) FROM tab_history WHERE tab_id = 8;")).toInt(), 50);
 }
 
-void TestDbManager::killedBurstKeepsEveryAnsweredVisit_data()
-{
-    QTest::addColumn<int>("answersBeforeKill");
-    QTest::newRow("early") << 200;
-    QTest::newRow("middle") << 4000;
-    QTest::newRow("late") << 9000;
-}
-
 void TestDbManager::killedBurstKeepsEveryAnsweredVisit()
 {
-    QFETCH(int, answersBeforeKill);
+    const int answersBeforeKill = 4000;
     TempProfile home;
     QProcess child;
     child.start(QCoreApplication::applicationFilePath(), { QStringLiteral("--burst") });
