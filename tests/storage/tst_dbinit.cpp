@@ -9,8 +9,7 @@
 #include <QVersionNumber>
 #include <QtTest>
 
-// What a start leaves in the profile: from nothing, from each older layout and
-// from a damaged file, what it trims and what it hands to private tabs.
+// What a start leaves in the profile from nothing, an older layout or a damaged file.
 namespace
 {
 const QString idnAce = QStringLiteral("xn--e1afmkfd.xn--p1ai");
@@ -284,9 +283,7 @@ void TestDbInit::ladder()
 
 void TestDbInit::unusableFileIsMovedAside_data()
 {
-    // A file from nothing, or a database of 3,000 history rows damaged at an
-    // offset (-1: cut to that length); the schema probe finds damage in the
-    // first pages, the start-up trim or a later request finds it deeper.
+    // 3,000 history rows damaged at an offset (-1: cut to that length), found at start or by a request.
     QTest::addColumn<int>("offset");
     QTest::addColumn<QByteArray>("bytes");
     const QByteArray garbage(4096, '\xa5');

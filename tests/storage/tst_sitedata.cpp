@@ -1,4 +1,4 @@
-// Downloads as the worker stores and lists them.
+// Per-site settings and downloads as the worker stores and lists them.
 
 #include "storage/dbworker.h"
 #include "support/dbfileprobe.h"
@@ -25,6 +25,21 @@ class TestSiteData : public QObject
     Q_OBJECT
 
 private slots:
+    void siteSettingsStayInTheirDatabase()
+    {
+        // Zoom is kept per site of the page; private settings never reach the file.
+        TempProfile profile;
+        DBWorker worker;
+        worker.init();
+        worker.addDpr(QStringLiteral("https://a.example/page"), 1.5, false);
+        worker.addDpr(QStringLiteral("https://b.example"), 2, true);
+        worker.setDeviceMode(QStringLiteral("a.example"), 1, false);
+        worker.setDeviceMode(QStringLiteral("b.example"), 0, true);
+        QCOMPARE(sqlRows(DbFileProbe(profile.databasePath()).database(),
+                     QStringLiteral("SELECT site, dpr FROM site_dprs JOIN sites ON sites.id = site_id "
+                                    "UNION ALL SELECT * FROM device_modes")),
+            QStringList({ QStringLiteral("https://a.example|1.5"), QStringLiteral("a.example|1") }));
+    }
     void downloads()
     {
         TempProfile profile;
