@@ -163,8 +163,7 @@ void TestDbInit::firstAndSecondStart()
         strings({ "0|DuckDuckGo|0|https://|/?q=%s", "1|Google|0|https://|/search?q=%s",
             "2|browser-la-yandex|0|https://|/search/?text=%s" }));
 
-    // Lost tables come back; an emptied quick-access folder stays empty, as presets go only into an empty
-    // table. A current file runs no migration and writes no version.
+    // Lost tables come back, presets only into empty tables; a current file is not migrated.
     QVERIFY(file.execAll(strings({ "DELETE FROM bookmark_node WHERE id IN (3, 4);", "DROP TABLE downloads;",
         "DROP TABLE search_engines;", "INSERT INTO sites VALUES (1, 'cam.ex'), (2, 'zoom.ex');",
         "INSERT INTO permissions (site_id) VALUES (1);", "INSERT INTO site_dprs VALUES (9, 2, 1.75);",

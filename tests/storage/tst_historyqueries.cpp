@@ -229,6 +229,7 @@ private slots:
         QSignalSpy added(&w(), &DBWorker::linkAddedToTabHistory);
         visit(w(), QStringLiteral("1a,2x,1b,2y,1c"), isPrivate);
         QCOMPARE(added.count(), 5);
+        w().addTabs({ 3 }, 0, { QStringLiteral("about:blank") }, { QString() }, isPrivate); // gets no entry
         for (const QChar move : moves) {
             if (move == QLatin1Char('B')) {
                 w().goBack(1, isPrivate);
