@@ -45,15 +45,6 @@ private slots:
         QVERIFY2(object, qPrintable(component.errorString()));
         if (kind != QmlTypeEntry::Uncreatable)
             QVERIFY(object->property("it").value<QObject*>());
-        if (kind == QmlTypeEntry::Singleton) {
-            // A second engine gets the same process-wide object.
-            QQmlEngine other;
-            QQmlComponent again(&other);
-            again.setData(qml, QUrl());
-            QScopedPointer<QObject> second(again.create());
-            QVERIFY(second);
-            QCOMPARE(second->property("it").value<QObject*>(), object->property("it").value<QObject*>());
-        }
     }
     // The storage thread finishes before the profile it writes into goes away.
     void cleanupTestCase() { DBManager::instance()->shutdown(); }

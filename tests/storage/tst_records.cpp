@@ -1,5 +1,4 @@
-// The debug forms of the records are read by people and by log scrapers; their
-// layout is fixed.
+// The records' debug forms are read by log scrapers; their layout is fixed.
 
 #include "storage/records.h"
 
