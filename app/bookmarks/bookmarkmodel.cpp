@@ -49,7 +49,8 @@ QVariant BookmarkModel::data(const QModelIndex& index, int role) const
     case UrlRole:
         return row.url;
     case IsFolderRole:
-        return row.url.isEmpty();
+        // Only a folder has no url at all; a bookmark's url may be empty.
+        return row.url.isNull();
     case FaviconRole:
         return row.url.isEmpty() ? QString() : FaviconsMap::instance()->getFavicon(row.url);
     case SelectedRole:
@@ -99,7 +100,7 @@ int BookmarkModel::selectedCount() const
 bool BookmarkModel::selectionHasFolder() const
 {
     for (const Bookmark& row : m_rows) {
-        if (row.url.isEmpty() && m_selection.contains(row.id))
+        if (row.url.isNull() && m_selection.contains(row.id))
             return true;
     }
     return false;
@@ -205,7 +206,8 @@ void BookmarkModel::updateRow(int id, const QString& title, const QString& url)
     if (row < 0)
         return;
     m_rows[row].title = title;
-    m_rows[row].url = url;
+    // A bookmark whose address is cleared stays a bookmark, as it does in the file.
+    m_rows[row].url = url.isEmpty() && !m_rows.at(row).url.isNull() ? QString(QLatin1String("")) : url;
     emit dataChanged(index(row), index(row), { TitleRole, UrlRole, IsFolderRole, FaviconRole });
 }
 

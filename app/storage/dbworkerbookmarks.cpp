@@ -114,7 +114,9 @@ void DBWorker::updateBookmarkNode(int id, const QString& url, const QString& tit
         kind.finish();
     }
     auto query = prepare(QStringLiteral("UPDATE bookmark_node SET url = ?, title = ? WHERE id = ?;"), false);
-    query.addBindValue(folder ? QVariant(QVariant::String) : QVariant(url));
+    // A null string would be bound as NULL too, so a cleared address is stored as "".
+    query.addBindValue(
+        folder ? QVariant(QVariant::String) : QVariant(url.isEmpty() ? QString(QLatin1String("")) : url));
     query.addBindValue(title);
     query.addBindValue(id);
     execute(query);

@@ -31,9 +31,12 @@ bool drain()
 QString shown(const BookmarkModel& model)
 {
     QStringList rows;
-    for (const Bookmark& row : model.rows())
-        rows << row.title + QLatin1String(row.url.isEmpty() ? "/" : "")
-                + QLatin1String(model.selectedIds().contains(row.id) ? "*" : "");
+    for (int row = 0; row < model.rowCount(); ++row) {
+        const QModelIndex i = model.index(row);
+        rows << i.data(BookmarkModel::TitleRole).toString()
+                + QLatin1String(i.data(BookmarkModel::IsFolderRole).toBool() ? "/" : "")
+                + QLatin1String(i.data(BookmarkModel::SelectedRole).toBool() ? "*" : "");
+    }
     rows.sort();
     return rows.join(QLatin1Char(' '));
 }
@@ -128,6 +131,7 @@ private slots:
         // clang-format off
         QTest::newRow("seeded") << "" << "A/ b1" << "A/ b1" << "q1" << tree;
         QTest::newRow("add bookmark and folder") << "bookmark Bookmarks n;folder Bookmarks F;bookmark Quick m" << "A/ b1" << "A/ F/ b1 n" << "m q1" << "Bookmarks:0:4 A:1:2 A1:2:1 F:1:0 Quick access:0:2";
+        QTest::newRow("url cleared, still a bookmark") << "unurl b1" << "A/ b1" << "A/ b1" << "q1" << tree;
         QTest::newRow("rename folder") << "edit A1 Z" << "A/ b1" << "A/ b1" << "q1" << "Bookmarks:0:3 A:1:2 Z:2:1 Quick access:0:1";
         QTest::newRow("move bookmark") << "move b1 A" << "A/" << "A/" << "q1" << "Bookmarks:0:3 A:1:3 A1:2:1 Quick access:0:1";
         QTest::newRow("move folder") << "move A Quick" << "b1" << "b1" << "A/ q1" << "Bookmarks:0:1 Quick access:0:3 A:1:2 A1:2:1";
@@ -164,6 +168,8 @@ private slots:
             else if (op == QLatin1String("edit"))
                 m_manager->updateBookmarkNode(idOf(a), parentOf(idOf(a)), rest,
                     isFolder ? QString() : QStringLiteral("http://%1/").arg(a));
+            else if (op == QLatin1String("unurl"))
+                m_manager->updateBookmarkNode(idOf(a), parentOf(idOf(a)), a, QString());
             else if (op == QLatin1String("move"))
                 m_manager->moveBookmarkNode(idOf(a), target, isFolder);
             else if (op == QLatin1String("remove") || op == QLatin1String("clear"))

@@ -9,6 +9,11 @@
 #include <QVersionNumber>
 #include <QtTest>
 
+#include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
 // What a start leaves in the profile from nothing, an older layout or a damaged file.
 namespace
 {
@@ -23,6 +28,40 @@ QStringList strings(std::initializer_list<const char*> items)
         result << QString::fromUtf8(item);
     return result;
 }
+
+// Makes a directory unwritable while it lives, for root too (immutable flag).
+class ReadOnlyDir
+{
+public:
+    explicit ReadOnlyDir(const QString& path)
+        : m_path(path)
+    {
+        set(true);
+    }
+    ~ReadOnlyDir() { set(false); }
+
+private:
+    void set(bool on)
+    {
+        if (m_path.isEmpty())
+            return;
+        if (geteuid() != 0) {
+            QFile::setPermissions(m_path,
+                on ? QFile::ReadOwner | QFile::ExeOwner
+                   : QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+            return;
+        }
+        const int fd = ::open(QFile::encodeName(m_path).constData(), O_RDONLY | O_DIRECTORY);
+        int flags = 0;
+        if (fd >= 0 && ioctl(fd, FS_IOC_GETFLAGS, &flags) == 0) {
+            flags = on ? flags | FS_IMMUTABLE_FL : flags & ~FS_IMMUTABLE_FL;
+            ioctl(fd, FS_IOC_SETFLAGS, &flags);
+        }
+        if (fd >= 0)
+            ::close(fd);
+    }
+    QString m_path;
+};
 
 QStringList rows(const QSqlDatabase& db, const char* sql)
 {
@@ -291,6 +330,7 @@ void TestDbInit::unusableFileIsMovedAside_data()
     QTest::newRow("page overwritten in the middle") << 40 * 4096 << garbage;
     QTest::newRow("truncated") << -1 << QByteArray(8192, 0);
     QTest::newRow("empty file is a new database") << 0 << QByteArray();
+    QTest::newRow("read-only directory") << 0 << QByteArray("not an sqlite header");
 }
 
 void TestDbInit::unusableFileIsMovedAside()
@@ -298,6 +338,8 @@ void TestDbInit::unusableFileIsMovedAside()
     QFETCH(int, offset);
     QFETCH(QByteArray, bytes);
     const bool damaged = !bytes.isEmpty();
+    const bool readOnlyDir = QTest::currentDataTag() == QByteArray("read-only directory");
+    const bool movedAside = damaged && !readOnlyDir;
     TempProfile profile;
     QVERIFY(QDir().mkpath(profile.dataLocation()));
     if (QTest::currentDataTag() != QByteArray("text file") && damaged) {
@@ -313,6 +355,9 @@ void TestDbInit::unusableFileIsMovedAside()
     QVERIFY(file.seek(0));
     const QByteArray before = file.readAll();
     file.close();
+    ReadOnlyDir guard(readOnlyDir ? profile.dataLocation() : QString());
+    if (readOnlyDir && QFile(profile.dataLocation() + QStringLiteral("/probe")).open(QIODevice::WriteOnly))
+        QSKIP("no way to make a directory read-only on this file system");
     LogCapture log("browser.app.storage");
     DBWorker worker;
     worker.init();
@@ -326,10 +371,16 @@ void TestDbInit::unusableFileIsMovedAside()
     const QStringList aside
         = dir.entryList(QDir::Files)
               .filter(QRegularExpression(QStringLiteral("^browser-app\\.sqlite\\.corrupt-\\d{8}-\\d{6}$")));
-    QCOMPARE(aside.size(), damaged ? 1 : 0);
-    QCOMPARE(log.startingWith(QStringLiteral("Moved unusable database aside")).size(), damaged ? 1 : 0);
+    QCOMPARE(aside.size(), movedAside ? 1 : 0);
+    QCOMPARE(log.startingWith(QStringLiteral("Moved unusable database aside")).size(), movedAside ? 1 : 0);
+    if (readOnlyDir) {
+        // Said clearly, the damaged file never reopened, and no crash.
+        QCOMPARE(log.startingWith(QStringLiteral("Failed to move unusable database aside")).size(), 1);
+        QVERIFY(answers.isEmpty());
+        return;
+    }
     QFile moved(dir.absoluteFilePath(aside.value(0)));
-    QVERIFY(!damaged || (moved.open(QIODevice::ReadOnly) && moved.readAll() == before));
+    QVERIFY(!movedAside || (moved.open(QIODevice::ReadOnly) && moved.readAll() == before));
     QVERIFY(!answers.isEmpty());
     QCOMPARE(answers.last().first().value<QList<Link>>().size(), 1);
     // Either way the browser goes on with a working, current database.
