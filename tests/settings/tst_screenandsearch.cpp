@@ -93,10 +93,8 @@ private slots:
         QTest::newRow("add without name") << "add _ https://x.example/?q=%s" << 1 << mine;
         QTest::newRow("update") << "update mine Other https://o.example/s=%s" << 0
                                 << "Other|https://o.example/s=%s||true";
-        QTest::newRow("update without %s") << "update mine Mine https://x.example/" << 2 << mine;
         QTest::newRow("update built-in") << "update 1 Mine https://x.example/?q=%s" << 3 << mine;
         QTest::newRow("remove") << "remove mine" << 0 << "";
-        QTest::newRow("remove built-in") << "remove 0" << 3 << mine;
         QTest::newRow("remove unknown") << "remove 99" << 4 << mine;
     }
 

@@ -112,7 +112,6 @@ private slots:
             { "notifications by number", "update 3 1", "- - - 1 - - -", "1 1 1 0", false },
             { "popups kept, not forwarded", "add 2 2 2 2 2 2 2;update 5 t", "2 2 2 2 2 1 2", "1 1 1 1",
                 true },
-            { "screen capture kept, not forwarded", "update 4 f", "- - - - 0 - -", "1 1 1 1", true },
             { "unknown kind", "add 1 1 1 1 1 1 1;update 9 f", "1 1 1 1 1 1 1", "0 0 0 0", true },
             { "revoke", "add 0 1 0 1 1 1 1;revoke", "- - - - - - -", "1 1 1 1", false },
             { "remove", "add 0 1 0 1 1 1 1;remove", "", "1 1 1 1", false },
