@@ -31,17 +31,6 @@ signals:
     void seen(const QString& username, const QString& password);
 };
 
-class TestAutofill : public QObject
-{
-    Q_OBJECT
-private slots:
-    void fillsAndReportsSubmission_data();
-    void fillsAndReportsSubmission();
-
-private:
-    TempProfile m_profile;
-};
-
 namespace
 {
 QVariant evaluate(QWebEnginePage& page, const QString& script)
@@ -57,77 +46,85 @@ QVariant evaluate(QWebEnginePage& page, const QString& script)
 }
 } // namespace
 
-void TestAutofill::fillsAndReportsSubmission_data()
+class TestAutofill : public QObject
 {
-    QTest::addColumn<QStringList>("saved"); // user:password on the page's site
-    QTest::addColumn<QString>("filled"); // user and password fields after load
+    Q_OBJECT
+private slots:
+    void fillsAndReportsSubmission_data()
+    {
+        QTest::addColumn<QStringList>("saved"); // user:password on the page's site
+        QTest::addColumn<QString>("filled"); // user and password fields after load
 
-    QTest::newRow("one login is filled")
-        << QStringList { QStringLiteral("ann:pa") } << QStringLiteral("ann/pa");
-    QTest::newRow("several logins wait for the user name")
-        << QStringList { QStringLiteral("ann:pa"), QStringLiteral("bob:pb") } << QStringLiteral("/");
-    QTest::newRow("nothing saved") << QStringList() << QStringLiteral("/");
-}
-
-void TestAutofill::fillsAndReportsSubmission()
-{
-    QFETCH(QStringList, saved);
-    QFETCH(QString, filled);
-
-    QTemporaryDir dir;
-    PasswordManager manager(dir.path());
-    QTRY_COMPARE(manager.status(), PasswordManager::Ready);
-    for (const QString& login : saved)
-        manager.save(QStringLiteral("https://login.example"), login.section(QLatin1Char(':'), 0, 0),
-            login.section(QLatin1Char(':'), 1));
-    // A login of another site is never handed to this page.
-    manager.save(QStringLiteral("https://other.example"), QStringLiteral("eve"), QStringLiteral("pe"));
-
-    Bridge bridge;
-    bridge.manager = &manager;
-    bridge.site = QStringLiteral("https://login.example/signin");
-    QWebEngineProfile profile;
-    QWebEnginePage page(&profile);
-    QWebChannel channel;
-    channel.registerObject(QStringLiteral("webdeckPasswords"), &bridge);
-    page.setWebChannel(&channel, QWebEngineScript::ApplicationWorld);
-    QFile channelJs(QStringLiteral(":/qtwebchannel/qwebchannel.js"));
-    QFile autofillJs(QStringLiteral(WEBDECK_SOURCE_DIR "/qml/passwords/autofill.js"));
-    QVERIFY(channelJs.open(QIODevice::ReadOnly) && autofillJs.open(QIODevice::ReadOnly));
-    QWebEngineScript script;
-    script.setSourceCode(QString::fromUtf8(channelJs.readAll() + '\n' + autofillJs.readAll()));
-    script.setWorldId(QWebEngineScript::ApplicationWorld);
-    script.setInjectionPoint(QWebEngineScript::DocumentReady);
-    page.scripts().insert(script);
-
-    QSignalSpy loaded(&page, &QWebEnginePage::loadFinished);
-    page.setHtml(
-        QStringLiteral("<form onsubmit='return false'><input id=u type=text><input id=p type=password>"
-                       "<button>Sign in</button></form>"),
-        QUrl(QStringLiteral("https://login.example/signin")));
-    QVERIFY(loaded.wait(20000));
-    const QString fields
-        = QStringLiteral("document.getElementById('u').value + '/' + document.getElementById('p').value");
-    if (filled != QLatin1String("/"))
-        QTRY_COMPARE_WITH_TIMEOUT(evaluate(page, fields).toString(), filled, 10000);
-    QTest::qWait(300);
-    QCOMPARE(evaluate(page, fields).toString(), filled);
-
-    if (saved.size() > 1) {
-        // Typing a saved user name fills its password.
-        evaluate(page,
-            QStringLiteral("var u = document.getElementById('u'); u.value = 'bob';"
-                           "u.dispatchEvent(new Event('change'))"));
-        QTRY_COMPARE_WITH_TIMEOUT(evaluate(page, fields).toString(), QStringLiteral("bob/pb"), 5000);
+        QTest::newRow("one login is filled")
+            << QStringList { QStringLiteral("ann:pa") } << QStringLiteral("ann/pa");
+        QTest::newRow("several logins wait for the user name")
+            << QStringList { QStringLiteral("ann:pa"), QStringLiteral("bob:pb") } << QStringLiteral("/");
+        QTest::newRow("nothing saved") << QStringList() << QStringLiteral("/");
     }
-    QSignalSpy seen(&bridge, &Bridge::seen);
-    evaluate(page,
-        QStringLiteral("document.getElementById('u').value = 'zed';"
-                       "document.getElementById('p').value = 'typed-pw';"
-                       "document.querySelector('button').click()"));
-    QTRY_COMPARE_WITH_TIMEOUT(seen.count(), 1, 5000);
-    QCOMPARE(seen.first(), (QVariantList { QStringLiteral("zed"), QStringLiteral("typed-pw") }));
-}
+
+    void fillsAndReportsSubmission()
+    {
+        QFETCH(QStringList, saved);
+        QFETCH(QString, filled);
+
+        QTemporaryDir dir;
+        PasswordManager manager(dir.path());
+        QTRY_COMPARE(manager.status(), PasswordManager::Ready);
+        for (const QString& login : saved)
+            manager.save(QStringLiteral("https://login.example"), login.section(QLatin1Char(':'), 0, 0),
+                login.section(QLatin1Char(':'), 1));
+        // A login of another site is never handed to this page.
+        manager.save(QStringLiteral("https://other.example"), QStringLiteral("eve"), QStringLiteral("pe"));
+
+        Bridge bridge;
+        bridge.manager = &manager;
+        bridge.site = QStringLiteral("https://login.example/signin");
+        QWebEngineProfile profile;
+        QWebEnginePage page(&profile);
+        QWebChannel channel;
+        channel.registerObject(QStringLiteral("webdeckPasswords"), &bridge);
+        page.setWebChannel(&channel, QWebEngineScript::ApplicationWorld);
+        QFile channelJs(QStringLiteral(":/qtwebchannel/qwebchannel.js"));
+        QFile autofillJs(QStringLiteral(WEBDECK_SOURCE_DIR "/qml/passwords/autofill.js"));
+        QVERIFY(channelJs.open(QIODevice::ReadOnly) && autofillJs.open(QIODevice::ReadOnly));
+        QWebEngineScript script;
+        script.setSourceCode(QString::fromUtf8(channelJs.readAll() + '\n' + autofillJs.readAll()));
+        script.setWorldId(QWebEngineScript::ApplicationWorld);
+        script.setInjectionPoint(QWebEngineScript::DocumentReady);
+        page.scripts().insert(script);
+
+        QSignalSpy loaded(&page, &QWebEnginePage::loadFinished);
+        page.setHtml(
+            QStringLiteral("<form onsubmit='return false'><input id=u type=text><input id=p type=password>"
+                           "<button>Sign in</button></form>"),
+            QUrl(QStringLiteral("https://login.example/signin")));
+        QVERIFY(loaded.wait(20000));
+        const QString fields
+            = QStringLiteral("document.getElementById('u').value + '/' + document.getElementById('p').value");
+        if (filled != QLatin1String("/"))
+            QTRY_COMPARE_WITH_TIMEOUT(evaluate(page, fields).toString(), filled, 10000);
+        QTest::qWait(300);
+        QCOMPARE(evaluate(page, fields).toString(), filled);
+
+        if (saved.size() > 1) {
+            // Typing a saved user name fills its password.
+            evaluate(page,
+                QStringLiteral("var u = document.getElementById('u'); u.value = 'bob';"
+                               "u.dispatchEvent(new Event('change'))"));
+            QTRY_COMPARE_WITH_TIMEOUT(evaluate(page, fields).toString(), QStringLiteral("bob/pb"), 5000);
+        }
+        QSignalSpy seen(&bridge, &Bridge::seen);
+        evaluate(page,
+            QStringLiteral("document.getElementById('u').value = 'zed';"
+                           "document.getElementById('p').value = 'typed-pw';"
+                           "document.querySelector('button').click()"));
+        QTRY_COMPARE_WITH_TIMEOUT(seen.count(), 1, 5000);
+        QCOMPARE(seen.first(), (QVariantList { QStringLiteral("zed"), QStringLiteral("typed-pw") }));
+    }
+
+private:
+    TempProfile m_profile;
+};
 
 int main(int argc, char** argv)
 {

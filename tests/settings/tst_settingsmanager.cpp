@@ -1,5 +1,4 @@
-// The settings file: defaults, setters, older layouts, unreadable files and
-// crashes while it is being written.
+// The settings file: defaults, setters, older layouts, unreadable files, crashes mid-write.
 
 #include "settings/settingsmanager.h"
 #include "storage/dbmanager.h"
@@ -86,224 +85,197 @@ class TestSettingsManager : public QObject
 {
     Q_OBJECT
 private slots:
-    void initTestCase();
+    void initTestCase()
+    {
+        m_profile = std::make_unique<TempProfile>();
+        DBManager::instance();
+    }
+
     void cleanupTestCase() { DBManager::instance()->shutdown(); }
-    void init();
-    void defaultsAndSetters_data();
-    void defaultsAndSetters();
-    void olderLayoutsMigrated_data();
-    void olderLayoutsMigrated();
-    void unreadableFileMovedAside_data();
-    void unreadableFileMovedAside();
-    void crashNeverLeavesHalfAFile();
+    void init()
+    {
+        m_dir = std::make_unique<QTemporaryDir>();
+        m_path = m_dir->filePath(QStringLiteral("browser-app.conf"));
+    }
+
+    void defaultsAndSetters_data()
+    {
+        QTest::addColumn<QByteArray>("property");
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QVariant>("fresh");
+        QTest::addColumn<QVariant>("changed");
+
+        const QString downloads
+            = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation) + QLatin1Char('/');
+        const struct {
+            const char* property;
+            const char* key;
+            QVariant fresh;
+            QVariant changed;
+        } rows[] = {
+            { "defaultCameraPermission", "permissions/default_camera_policy", 2, 0 },
+            { "defaultDownloadPath", "download/default_path", downloads, QStringLiteral("/media/card/") },
+            { "defaultDownloadRequest", "download/default_request", true, false },
+            { "lastOpenedTabID", "tabs/last_opened_tab_id", -1, 17 },
+            { "movableToolbar", "ui/movable_toolbar", true, false },
+            { "searchEngineId", "search/search_engine_id", 2, 0 },
+            { "mostVisitedCount", "homepage/most_visited_count", 4, 8 },
+            { "homePageUrl", "homepage/home_page_url", QString(), QStringLiteral("https://start.example/") },
+            { "closeAllTabs", "security/close_all_tabs", false, true },
+            { "enablePasswordsAutofill", "passwords/enable_autofill", true, false },
+        };
+        for (const auto& row : rows)
+            QTest::newRow(row.property)
+                << QByteArray(row.property) << QString::fromLatin1(row.key) << row.fresh << row.changed;
+    }
+
+    void defaultsAndSetters()
+    {
+        QFETCH(QByteArray, property);
+        QFETCH(QString, key);
+        QFETCH(QVariant, fresh);
+        QFETCH(QVariant, changed);
+
+        {
+            SettingsManager settings(m_path, DBManager::instance());
+            QCOMPARE(settings.property(property.constData()), fresh);
+
+            const QMetaProperty meta = settings.metaObject()->property(
+                settings.metaObject()->indexOfProperty(property.constData()));
+            QCOMPARE(QByteArray(meta.notifySignal().name()), property + "Changed");
+            QSignalSpy spy(&settings, meta.notifySignal());
+
+            QVERIFY(settings.setProperty(property.constData(), fresh));
+            QCOMPARE(spy.count(), 0);
+            QVERIFY(settings.setProperty(property.constData(), changed));
+            QCOMPARE(spy.count(), 1);
+            QCOMPARE(settings.property(property.constData()), changed);
+            QVERIFY(settings.setProperty(property.constData(), changed));
+            QCOMPARE(spy.count(), 1);
+        }
+        // Only the changed key reaches the file (beside the layout version every
+        // new file is stamped with), and a new start reads it back.
+        const Values file = fileContents(m_path);
+        QStringList expected { key, QStringLiteral("internal/settings_version") };
+        expected.sort();
+        QCOMPARE(file.keys(), expected);
+        QCOMPARE(file.value(key).toString(), changed.toString());
+        SettingsManager reloaded(m_path, DBManager::instance());
+        QCOMPARE(reloaded.property(property.constData()), changed);
+    }
+
+    void olderLayoutsMigrated_data()
+    {
+        QTest::addColumn<QString>("before");
+        QTest::addColumn<QString>("after"); // the whole file after a start
+        QTest::addColumn<int>("camera");
+
+        const struct {
+            const char *name, *before, *after;
+            int camera;
+        } rows[] = {
+            { "1.200, camera allowed", "version=1.200 camera=1 geo=0 tabs=5",
+                "version=1.284 camera=2 geo=0 tabs=5", 2 },
+            { "no version, every policy allowed", "camera=1 mic=1 screen=1 geo=1 notif=1",
+                "version=1.284 camera=2 mic=2 screen=2 geo=2 notif=2", 2 },
+            { "no version, nothing set", "", "version=1.284", 2 },
+            { "current", "version=1.284 camera=1", "version=1.284 camera=1", 1 },
+            { "2.0.7", "version=2.0.7 mic=1 camera=0", "version=2.1.0.5 mic=2 camera=0", 0 },
+            { "unknown major", "version=3.0 camera=1", "version=3.0 camera=1", 1 },
+        };
+        for (const auto& row : rows)
+            QTest::newRow(row.name) << QString::fromLatin1(row.before) << QString::fromLatin1(row.after)
+                                    << row.camera;
+    }
+
+    void olderLayoutsMigrated()
+    {
+        QFETCH(QString, before);
+        QFETCH(QString, after);
+        QFETCH(int, camera);
+
+        writeFile(m_path, parse(before));
+        {
+            SettingsManager settings(m_path, DBManager::instance());
+            QCOMPARE(settings.defaultCameraPermission(), camera);
+        }
+        QCOMPARE(fileContents(m_path), parse(after));
+    }
+
+    void unreadableFileMovedAside_data()
+    {
+        QTest::addColumn<bool>("directory");
+        QTest::addColumn<QByteArray>("content");
+        QTest::newRow("broken section") << false << QByteArray("[homepage\nmost_visited_count=9\n");
+        QTest::newRow("directory in its place") << true << QByteArray();
+    }
+
+    void unreadableFileMovedAside()
+    {
+        QFETCH(bool, directory);
+        QFETCH(QByteArray, content);
+
+        QFile file(m_path);
+        QVERIFY(
+            directory ? QDir().mkpath(m_path) : file.open(QIODevice::WriteOnly) && file.write(content) > 0);
+        file.close();
+
+        LogCapture log("browser.app");
+        {
+            SettingsManager settings(m_path, DBManager::instance());
+            QCOMPARE(settings.mostVisitedCount(), 4);
+            QCOMPARE(log.startingWith(QStringLiteral("settings file cannot be read")).size(), 1);
+            settings.setMostVisitedCount(6);
+        }
+        QCOMPARE(fileContents(m_path).value(QStringLiteral("homepage/most_visited_count")).toString(),
+            QStringLiteral("6"));
+        const QStringList aside
+            = QDir(m_dir->path())
+                  .entryList({ QStringLiteral("browser-app.conf.unreadable-*") }, QDir::AllEntries);
+        QCOMPARE(aside.size(), 1);
+        QFile kept(m_dir->filePath(aside.value(0)));
+        QCOMPARE(kept.open(QIODevice::ReadOnly) ? kept.readAll() : QByteArray(), content);
+    }
+
+    void crashNeverLeavesHalfAFile()
+    {
+        int killedWhileWriting = 0;
+        for (int attempt = 0; attempt < 12; ++attempt) {
+            QTemporaryDir childProfile;
+            QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+            env.insert(QStringLiteral("XDG_DATA_HOME"), childProfile.path());
+            env.insert(QStringLiteral("XDG_CONFIG_HOME"), childProfile.path());
+            const QStringList leftBefore = QDir(m_dir->path()).entryList(QDir::Files);
+            QProcess writer;
+            writer.setProcessEnvironment(env);
+            writer.start(QCoreApplication::applicationFilePath(), { writerFlag, m_path });
+            QVERIFY(writer.waitForReadyRead(20000));
+            QTest::qWait(QRandomGenerator::global()->bounded(5, 60));
+            writer.kill();
+            QVERIFY(writer.waitForFinished(10000));
+            // A new temporary file left beside the settings file: the kill came mid-write.
+            if (QDir(m_dir->path()).entryList(QDir::Files).size() > qMax(1, leftBefore.size()))
+                ++killedWhileWriting;
+
+            const Values file = fileContents(m_path);
+            QSettings check(m_path, QSettings::NativeFormat);
+            QCOMPARE(check.status(), QSettings::NoError);
+            const QString url = file.value(QStringLiteral("homepage/home_page_url")).toString();
+            const int round = file.value(QStringLiteral("homepage/most_visited_count")).toInt();
+            QVERIFY2(round > 0, "the child never wrote a complete file");
+            // Both values of one round, whole.
+            QCOMPARE(
+                url.size(), blobSize + int(qstrlen("https://example.com/#")) + QString::number(round).size());
+            QVERIFY(url.endsWith(QLatin1Char('#') + QString::number(round)));
+        }
+        qInfo() << "killed with a write under way in" << killedWhileWriting << "of 12 runs";
+    }
 
 private:
     std::unique_ptr<TempProfile> m_profile;
     std::unique_ptr<QTemporaryDir> m_dir;
     QString m_path;
 };
-
-void TestSettingsManager::initTestCase()
-{
-    m_profile = std::make_unique<TempProfile>();
-    DBManager::instance();
-}
-
-void TestSettingsManager::init()
-{
-    m_dir = std::make_unique<QTemporaryDir>();
-    m_path = m_dir->filePath(QStringLiteral("browser-app.conf"));
-}
-
-void TestSettingsManager::defaultsAndSetters_data()
-{
-    QTest::addColumn<QByteArray>("property");
-    QTest::addColumn<QString>("key");
-    QTest::addColumn<QVariant>("fresh");
-    QTest::addColumn<QVariant>("changed");
-
-    const QString downloads
-        = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation) + QLatin1Char('/');
-    const struct {
-        const char* property;
-        const char* key;
-        QVariant fresh;
-        QVariant changed;
-    } rows[] = {
-        { "defaultCameraPermission", "permissions/default_camera_policy", 2, 0 },
-        { "defaultMicPermission", "permissions/default_mic_policy", 2, 1 },
-        { "defaultScreenCapturePermission", "permissions/default_screen_capture_policy", 2, 0 },
-        { "defaultGeoPermission", "permissions/default_geo_policy", 2, 1 },
-        { "defaultNotifPermission", "permissions/default_notif_policy", 2, 0 },
-        { "defaultDownloadPath", "download/default_path", downloads, QStringLiteral("/media/card/") },
-        { "defaultDownloadRequest", "download/default_request", true, false },
-        { "lastOpenedTabID", "tabs/last_opened_tab_id", -1, 17 },
-        { "movableToolbar", "ui/movable_toolbar", true, false },
-        { "navGesturesEnabled", "ui/nav_gestures_enabled", true, false },
-        { "searchEngineId", "search/search_engine_id", 2, 0 },
-        { "standardHomePage", "homepage/standard_home_page", true, false },
-        { "mostVisitedCount", "homepage/most_visited_count", 4, 8 },
-        { "homePageUrl", "homepage/home_page_url", QString(), QStringLiteral("https://start.example/") },
-        { "closeAllTabs", "security/close_all_tabs", false, true },
-        { "saveCertOnTokenCPro", "security/save_cert_on_token_cpro", false, true },
-        { "enablePasswordsAutofill", "passwords/enable_autofill", true, false },
-        { "suggestToSavePasswords", "passwords/suggest_to_save", true, false },
-        { "pwaWelcomeShowed", "ui/pwa_welcome", false, true },
-    };
-    for (const auto& row : rows)
-        QTest::newRow(row.property) << QByteArray(row.property) << QString::fromLatin1(row.key) << row.fresh
-                                    << row.changed;
-}
-
-void TestSettingsManager::defaultsAndSetters()
-{
-    QFETCH(QByteArray, property);
-    QFETCH(QString, key);
-    QFETCH(QVariant, fresh);
-    QFETCH(QVariant, changed);
-
-    {
-        SettingsManager settings(m_path, DBManager::instance());
-        QCOMPARE(settings.property(property.constData()), fresh);
-
-        const QMetaProperty meta
-            = settings.metaObject()->property(settings.metaObject()->indexOfProperty(property.constData()));
-        QCOMPARE(QByteArray(meta.notifySignal().name()), property + "Changed");
-        QSignalSpy spy(&settings, meta.notifySignal());
-
-        QVERIFY(settings.setProperty(property.constData(), fresh));
-        QCOMPARE(spy.count(), 0);
-        QVERIFY(settings.setProperty(property.constData(), changed));
-        QCOMPARE(spy.count(), 1);
-        QCOMPARE(settings.property(property.constData()), changed);
-        QVERIFY(settings.setProperty(property.constData(), changed));
-        QCOMPARE(spy.count(), 1);
-    }
-    // Only the changed key reaches the file (beside the layout version every
-    // new file is stamped with), and a new start reads it back.
-    const Values file = fileContents(m_path);
-    QStringList expected { key, QStringLiteral("internal/settings_version") };
-    expected.sort();
-    QCOMPARE(file.keys(), expected);
-    QCOMPARE(file.value(key).toString(), changed.toString());
-    SettingsManager reloaded(m_path, DBManager::instance());
-    QCOMPARE(reloaded.property(property.constData()), changed);
-}
-
-void TestSettingsManager::olderLayoutsMigrated_data()
-{
-    QTest::addColumn<QString>("before");
-    QTest::addColumn<QString>("after"); // the whole file after a start
-    QTest::addColumn<int>("camera");
-
-    const struct {
-        const char *name, *before, *after;
-        int camera;
-    } rows[] = {
-        { "1.200, camera allowed", "version=1.200 camera=1 geo=0 tabs=5",
-            "version=1.284 camera=2 geo=0 tabs=5", 2 },
-        { "no version, every policy allowed", "camera=1 mic=1 screen=1 geo=1 notif=1",
-            "version=1.284 camera=2 mic=2 screen=2 geo=2 notif=2", 2 },
-        { "no version, nothing set", "", "version=1.284", 2 },
-        { "current", "version=1.284 camera=1", "version=1.284 camera=1", 1 },
-        { "newer within 1", "version=1.300 camera=1", "version=1.300 camera=1", 1 },
-        { "2.0.7", "version=2.0.7 mic=1 camera=0", "version=2.1.0.5 mic=2 camera=0", 0 },
-        { "2.1.0 is current", "version=2.1.0 camera=1", "version=2.1.0 camera=1", 1 },
-        { "unknown major", "version=3.0 camera=1", "version=3.0 camera=1", 1 },
-    };
-    for (const auto& row : rows)
-        QTest::newRow(row.name) << QString::fromLatin1(row.before) << QString::fromLatin1(row.after)
-                                << row.camera;
-}
-
-void TestSettingsManager::olderLayoutsMigrated()
-{
-    QFETCH(QString, before);
-    QFETCH(QString, after);
-    QFETCH(int, camera);
-
-    writeFile(m_path, parse(before));
-    {
-        SettingsManager settings(m_path, DBManager::instance());
-        QCOMPARE(settings.defaultCameraPermission(), camera);
-    }
-    QCOMPARE(fileContents(m_path), parse(after));
-}
-
-void TestSettingsManager::unreadableFileMovedAside_data()
-{
-    QTest::addColumn<bool>("directory");
-    QTest::addColumn<QByteArray>("content");
-    QTest::newRow("broken section") << false << QByteArray("[homepage\nmost_visited_count=9\n");
-    QTest::newRow("directory in its place") << true << QByteArray();
-}
-
-void TestSettingsManager::unreadableFileMovedAside()
-{
-    QFETCH(bool, directory);
-    QFETCH(QByteArray, content);
-
-    if (directory) {
-        QVERIFY(QDir().mkpath(m_path));
-    } else {
-        QFile file(m_path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(content);
-    }
-
-    LogCapture log("browser.app");
-    {
-        SettingsManager settings(m_path, DBManager::instance());
-        QCOMPARE(settings.mostVisitedCount(), 4);
-        QCOMPARE(log.startingWith(QStringLiteral("settings file cannot be read")).size(), 1);
-        settings.setMostVisitedCount(6);
-    }
-    QCOMPARE(fileContents(m_path).value(QStringLiteral("homepage/most_visited_count")).toString(),
-        QStringLiteral("6"));
-    const QStringList aside
-        = QDir(m_dir->path())
-              .entryList({ QStringLiteral("browser-app.conf.unreadable-*") }, QDir::AllEntries);
-    QCOMPARE(aside.size(), 1);
-    if (!directory) {
-        QFile kept(m_dir->filePath(aside.first()));
-        QVERIFY(kept.open(QIODevice::ReadOnly));
-        QCOMPARE(kept.readAll(), content);
-    }
-}
-
-void TestSettingsManager::crashNeverLeavesHalfAFile()
-{
-    int killedWhileWriting = 0;
-    for (int attempt = 0; attempt < 12; ++attempt) {
-        QTemporaryDir childProfile;
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(QStringLiteral("XDG_DATA_HOME"), childProfile.path());
-        env.insert(QStringLiteral("XDG_CONFIG_HOME"), childProfile.path());
-        const QStringList leftBefore = QDir(m_dir->path()).entryList(QDir::Files);
-        QProcess writer;
-        writer.setProcessEnvironment(env);
-        writer.start(QCoreApplication::applicationFilePath(), { writerFlag, m_path });
-        QVERIFY(writer.waitForReadyRead(20000));
-        QTest::qWait(QRandomGenerator::global()->bounded(5, 60));
-        writer.kill();
-        QVERIFY(writer.waitForFinished(10000));
-        // A new temporary file left beside the settings file: the kill came mid-write.
-        if (QDir(m_dir->path()).entryList(QDir::Files).size() > qMax(1, leftBefore.size()))
-            ++killedWhileWriting;
-
-        const Values file = fileContents(m_path);
-        QSettings check(m_path, QSettings::NativeFormat);
-        QCOMPARE(check.status(), QSettings::NoError);
-        const QString url = file.value(QStringLiteral("homepage/home_page_url")).toString();
-        const int round = file.value(QStringLiteral("homepage/most_visited_count")).toInt();
-        QVERIFY2(round > 0, "the child never wrote a complete file");
-        // Both values of one round, whole.
-        QCOMPARE(
-            url.size(), blobSize + int(qstrlen("https://example.com/#")) + QString::number(round).size());
-        QVERIFY(url.endsWith(QLatin1Char('#') + QString::number(round)));
-    }
-    qInfo() << "killed with a write under way in" << killedWhileWriting << "of 12 runs";
-}
 
 int main(int argc, char** argv)
 {
