@@ -5,6 +5,7 @@
 #include "settings/permissionsproxymodel.h"
 #include "storage/dbmanager.h"
 #include "support/dbfileprobe.h"
+#include "support/httpserver.h"
 #include "support/logcapture.h"
 #include "support/tempprofile.h"
 
@@ -243,6 +244,10 @@ private slots:
         QCOMPARE(object->property("decisions").toString(), decisions);
     }
 
+    // A real page's request, answered the way the front end's web view does.
+    void pageRequest_data();
+    void pageRequest();
+
 private:
     // The file's rows once every request queued so far has run (the model refills from the same answer).
     QStringList reload()
@@ -264,9 +269,79 @@ private:
     std::unique_ptr<QAbstractItemModelTester> m_tester;
 };
 
+void TestSitePermissions::pageRequest_data()
+{
+    QTest::addColumn<QString>("answers"); // for notifications, in order
+    QTest::addColumn<QString>("title");
+    QTest::addColumn<int>("prompts");
+
+    QTest::newRow("denied: refused, no prompt") << "f"
+                                                << "answer:denied" << 0;
+    QTest::newRow("allowed: granted, no prompt") << "t"
+                                                 << "answer:granted" << 0;
+    QTest::newRow("no answer: prompt") << ""
+                                       << "answer:denied" << 1;
+    QTest::newRow("denied then reset: prompt again") << "f -"
+                                                     << "answer:denied" << 1;
+}
+
+void TestSitePermissions::pageRequest()
+{
+    QFETCH(QString, answers);
+    QFETCH(QString, title);
+    QFETCH(int, prompts);
+
+    // One page on 127.0.0.1, on a port of its own so that no earlier origin's answer is reused.
+    HttpServer server;
+    QVERIFY(server.start());
+    server.route("/page.html",
+        "<html><head><title>asking</title></head><body><script>Notification.requestPermission().then("
+        "function (answer) { document.title = 'answer:' + answer; });</script></body></html>",
+        "text/html");
+    const QString origin = server.url().toString();
+    for (const QVariant& answer : values(answers))
+        m_manager->updatePermission(origin, Permission::Notification, answer);
+
+    // What the front end's web view does; a prompt is counted and answered no.
+    QQmlEngine engine;
+    engine.rootContext()->setContextProperty(
+        QStringLiteral("permissionManager"), PermissionManager::GetInstance());
+    QQmlComponent component(&engine);
+    component.setData(R"(
+        import QtQuick 2.15
+        import QtQuick.Window 2.15
+        import QtWebEngine 1.10
+        Window {
+            visible: true
+            property int prompts: 0
+            property alias title: view.title
+            property alias url: view.url
+            WebEngineView {
+                id: view
+                anchors.fill: parent
+                onFeaturePermissionRequested: {
+                    var decision = permissionManager.decisionFor(securityOrigin, feature)
+                    if (decision === 1)
+                        ++prompts
+                    grantFeaturePermission(securityOrigin, feature, decision === 0)
+                }
+            }
+        })",
+        QUrl());
+    std::unique_ptr<QObject> window(component.create());
+    QVERIFY2(window, qPrintable(component.errorString()));
+    window->setProperty("url", QUrl(origin + QStringLiteral("/page.html")));
+    QTRY_VERIFY_WITH_TIMEOUT(
+        window->property("title").toString().startsWith(QLatin1String("answer:")), 30000);
+    QCOMPARE(window->property("title").toString(), title);
+    QCOMPARE(window->property("prompts").toInt(), prompts);
+}
+
 int main(int argc, char** argv)
 {
     qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1"); // CI runs as root
+    if (qEnvironmentVariableIsEmpty("QT_QUICK_BACKEND"))
+        qputenv("QT_QUICK_BACKEND", "software");
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     QtWebEngine::initialize();
     QGuiApplication app(argc, argv);
