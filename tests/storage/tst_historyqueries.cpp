@@ -292,15 +292,14 @@ private slots:
         QTest::addColumn<int>("tabId");
         QTest::addColumn<QDateTime>("start");
         QTest::addColumn<QDateTime>("end");
-        QTest::addColumn<bool>("isPrivate");
         QTest::addColumn<QString>("remaining");
         QTest::addColumn<QString>("reread"); // the open tab 2, read again unfiltered
         // Tab 1 shows b, tab 2 shows y; the entries are dated 1000 (a) to 5000 (c).
         const QDateTime none;
         // clang-format off
-        QTest::newRow("one tab") << 1 << none << none << false << "2x 1b* 2y*" << "y x";
-        QTest::newRow("every tab") << -1 << none << none << false << "1b* 2y*" << "y";
-        QTest::newRow("every tab up to a time") << -1 << none << at(3000) << false << "1b* 2y* 1c" << "y";
+        QTest::newRow("one tab") << 1 << none << none << "2x 1b* 2y*" << "y x";
+        QTest::newRow("every tab") << -1 << none << none << "1b* 2y*" << "y";
+        QTest::newRow("every tab up to a time") << -1 << none << at(3000) << "1b* 2y* 1c" << "y";
         // clang-format on
     }
 
@@ -309,14 +308,13 @@ private slots:
         QFETCH(int, tabId);
         QFETCH(QDateTime, start);
         QFETCH(QDateTime, end);
-        QFETCH(bool, isPrivate);
         QFETCH(QString, remaining);
         QFETCH(QString, reread);
-        visit(w(), QStringLiteral("1a,2x,1b,2y,1c"), isPrivate);
-        w().goBack(1, isPrivate);
+        visit(w(), QStringLiteral("1a,2x,1b,2y,1c"), false);
+        w().goBack(1, false);
         QSignalSpy spy(&w(), &DBWorker::tabHistoryAvailable);
-        w().clearTabHistory(tabId, 2, start, end, isPrivate);
-        QCOMPARE(entries(isPrivate), remaining);
+        w().clearTabHistory(tabId, 2, start, end, false);
+        QCOMPARE(entries(false), remaining);
         QCOMPARE(spy.count(), 1);
         QCOMPARE(spy[0][0].toInt(), 2);
         QCOMPARE(join(spy[0][1]), reread);
