@@ -67,6 +67,16 @@ QString DBWorker::sqlLiteral(const QString& text)
     return QLatin1Char('\'') + escaped + QLatin1Char('\'');
 }
 
+// Every failed statement is logged the same way, ends its operation, and may
+// mean the file itself is damaged.
+void DBWorker::statementFailed(
+    const char* signature, const char* what, const QString& sql, const QSqlError& error)
+{
+    qCWarning(lcStorage) << signature << what << sql << error;
+    m_statementFailed = true;
+    checkDamage(error);
+}
+
 QSqlDatabase DBWorker::database(bool isPrivate) const
 {
     return QSqlDatabase::database(isPrivate ? privateConnectionName() : m_mainConnection, false);
@@ -78,11 +88,8 @@ CachedQuery DBWorker::prepare(const QString& sql, bool isPrivate)
     // per-visit statements, so each connection keeps the ones it ran.
     bool prepared = false;
     CachedQuery query = (isPrivate ? m_privateStatements : m_fileStatements).take(sql, &prepared);
-    if (!prepared) {
-        qCWarning(lcStorage) << prepareSignature << "failed to prepare query" << sql << query.lastError();
-        m_statementFailed = true;
-        checkDamage(query.lastError());
-    }
+    if (!prepared)
+        statementFailed(prepareSignature, "failed to prepare query", sql, query.lastError());
     return query;
 }
 
@@ -90,10 +97,7 @@ bool DBWorker::execute(CachedQuery& query)
 {
     if (query.exec())
         return true;
-    qCWarning(lcStorage) << executeSignature << "failed execute query" << query.lastQuery()
-                         << query.lastError();
-    m_statementFailed = true;
-    checkDamage(query.lastError());
+    statementFailed(executeSignature, "failed execute query", query.lastQuery(), query.lastError());
     return false;
 }
 
@@ -105,18 +109,12 @@ DirectQuery DBWorker::prepare(DirectSlot slot, const QString& sql, bool isPrivat
 bool DBWorker::execute(DirectQuery& query)
 {
     if (!query.isValid() && query.lastError().isValid()) {
-        qCWarning(lcStorage) << prepareSignature << "failed to prepare query" << query.lastQuery()
-                             << query.lastError();
-        m_statementFailed = true;
-        checkDamage(query.lastError());
+        statementFailed(prepareSignature, "failed to prepare query", query.lastQuery(), query.lastError());
         return false;
     }
     if (query.exec())
         return true;
-    qCWarning(lcStorage) << executeSignature << "failed execute query" << query.lastQuery()
-                         << query.lastError();
-    m_statementFailed = true;
-    checkDamage(query.lastError());
+    statementFailed(executeSignature, "failed execute query", query.lastQuery(), query.lastError());
     return false;
 }
 

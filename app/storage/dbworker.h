@@ -188,6 +188,7 @@ private:
     // Stops using a file SQLite reports as damaged: moves it aside and starts
     // a fresh one in its place (dbworkerrecovery.cpp).
     void checkDamage(const QSqlError& error);
+    void statementFailed(const char* signature, const char* what, const QString& sql, const QSqlError& error);
     // Closes the file, moves it aside and opens a new one at the same path.
     bool replaceDamagedFile();
 
