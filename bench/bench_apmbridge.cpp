@@ -7,6 +7,8 @@
 
 #include "pwahelper.h"
 
+#include "benchsupport.h"
+
 #include <QCoreApplication>
 #include <QDBusArgument>
 #include <QDBusConnectionInterface>
@@ -49,12 +51,6 @@ QString writeIcon(const QString& dir, int size)
     const QString path = QStringLiteral("%1/%2x%2.png").arg(dir).arg(size);
     image.save(path);
     return path;
-}
-
-double median(std::vector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
 }
 
 } // namespace

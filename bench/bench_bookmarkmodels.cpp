@@ -17,6 +17,8 @@
 #include "support/dbfileprobe.h"
 #include "support/tempprofile.h"
 
+#include "benchsupport.h"
+
 #include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QSignalSpy>
@@ -32,12 +34,6 @@ bool drain()
     QSignalSpy spy(DBManager::instance(), &DBManager::deviceModeAvailable);
     DBManager::instance()->getDeviceMode(QStringLiteral("drain.example"), false);
     return spy.wait(60000);
-}
-
-double median(QList<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values.isEmpty() ? 0 : values.at(values.size() / 2);
 }
 
 // Folders and bookmarks written straight into the file, closure rows included.

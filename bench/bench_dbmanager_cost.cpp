@@ -9,6 +9,8 @@
 #include "storage/dbmanager.h"
 #include "support/tempprofile.h"
 
+#include "benchsupport.h"
+
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QEventLoop>
@@ -22,12 +24,6 @@
 
 namespace
 {
-
-double median(std::vector<double> v)
-{
-    std::sort(v.begin(), v.end());
-    return v[v.size() / 2];
-}
 
 // Waits until every request queued so far has run.
 void drain(DBManager* manager)

@@ -8,6 +8,8 @@
 #include "support/httpserver.h"
 #include "support/tempprofile.h"
 
+#include "benchsupport.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QElapsedTimer>
@@ -23,12 +25,6 @@
 
 namespace
 {
-double median(std::vector<double> v)
-{
-    std::sort(v.begin(), v.end());
-    return v[v.size() / 2];
-}
-
 // The longest lateness of a 1 ms timer on this thread while `run` goes on.
 struct StallProbe {
     QTimer timer;

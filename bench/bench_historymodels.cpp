@@ -12,6 +12,8 @@
 #include "support/dbfileprobe.h"
 #include "support/tempprofile.h"
 
+#include "benchsupport.h"
+
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QGuiApplication>
@@ -31,12 +33,6 @@ double threadCpuMs()
     timespec ts;
     clock_gettime(CLOCK_THREAD_CPUTIME_ID, &ts);
     return ts.tv_sec * 1e3 + ts.tv_nsec / 1e6;
-}
-
-double median(QVector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values.isEmpty() ? 0 : values.at(values.size() / 2);
 }
 
 void drain()

@@ -10,6 +10,8 @@
 #include "passwords/passwordmanager.h"
 #include "support/tempprofile.h"
 
+#include "benchsupport.h"
+
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QSignalSpy>
@@ -23,12 +25,6 @@ namespace
 
 QTextStream out(stdout);
 constexpr int logins = 10000;
-
-double median(QVector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values.at(values.size() / 2);
-}
 
 QByteArray exportFile()
 {

@@ -12,6 +12,8 @@
 #include "storage/dbmanager.h"
 #include "support/tempprofile.h"
 
+#include "benchsupport.h"
+
 #include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QLoggingCategory>
@@ -22,12 +24,6 @@
 
 namespace
 {
-double median(std::vector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
-}
-
 void writeFullFile(const QString& path)
 {
     QSettings file(path, QSettings::NativeFormat);

@@ -10,6 +10,8 @@
 #include "storage/dbmanager.h"
 #include "support/tempprofile.h"
 
+#include "benchsupport.h"
+
 #include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QLoggingCategory>
@@ -21,12 +23,6 @@
 namespace
 {
 const int tabCount = 500;
-
-double median(QVector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values.at(values.size() / 2);
-}
 
 double timeMs(const std::function<void()>& prepare, const std::function<void()>& work, int runs)
 {

@@ -6,6 +6,8 @@
 
 #include "utils/urlfilter.h"
 
+#include "benchsupport.h"
+
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QFileInfo>
@@ -85,12 +87,6 @@ QStringList urls()
         }
     }
     return list;
-}
-
-double median(QVector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values.at(values.size() / 2);
 }
 
 double timeMs(const std::function<void()>& work)
