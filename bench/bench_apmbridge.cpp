@@ -8,6 +8,7 @@
 #include "pwahelper.h"
 
 #include "benchsupport.h"
+#include "support/privatebus.h"
 
 #include <QCoreApplication>
 #include <QDBusArgument>
@@ -61,19 +62,8 @@ int main(int argc, char** argv)
     QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
     const int runs = argc > 1 ? QString::fromLocal8Bit(argv[1]).toInt() : 30;
     QTemporaryDir root;
-    QFile config(root.filePath(QStringLiteral("bus.conf")));
-    config.open(QIODevice::WriteOnly);
-    config.write(
-        "<busconfig><listen>unix:tmpdir=/tmp</listen><auth>EXTERNAL</auth><policy context=\"default\">"
-        "<allow send_destination=\"*\" eavesdrop=\"true\"/><allow eavesdrop=\"true\"/>"
-        "<allow own=\"*\"/></policy></busconfig>");
-    config.close();
-    QProcess daemon;
-    daemon.start(QStringLiteral("dbus-daemon"),
-        { QStringLiteral("--nofork"), QStringLiteral("--print-address"),
-            QStringLiteral("--config-file=") + config.fileName() });
-    daemon.waitForReadyRead(5000);
-    const QString address = QString::fromUtf8(daemon.readLine().trimmed());
+    PrivateBus daemon; // its address is the system bus for the bridge started below
+    const QString address = daemon.address();
     QProcess bridge;
     auto env = QProcessEnvironment::systemEnvironment();
     env.insert(QStringLiteral("DBUS_SYSTEM_BUS_ADDRESS"), address);
@@ -142,7 +132,5 @@ int main(int argc, char** argv)
     }
     bridge.terminate();
     bridge.waitForFinished();
-    daemon.terminate();
-    daemon.waitForFinished();
-    return 0;
+    return 0; // the bus daemon stops with its owner
 }
