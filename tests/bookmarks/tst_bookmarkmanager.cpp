@@ -19,14 +19,6 @@
 
 namespace
 {
-// Everything asked of storage so far has been answered once this returns.
-bool drain()
-{
-    QSignalSpy spy(DBManager::instance(), &DBManager::deviceModeAvailable);
-    DBManager::instance()->getDeviceMode(QStringLiteral("drain.example"), false);
-    return spy.wait(10000);
-}
-
 // Rows sorted by title: "/" marks a folder, "*" a selected row.
 QString shown(const BookmarkModel& model)
 {
@@ -105,19 +97,19 @@ private slots:
     {
         // Bookmarks A/ (A1/ (x1), a1), b1 and q1 in quick access.
         m_manager->removeAllBookmarks();
-        QVERIFY(drain());
+        QVERIFY(drainStorage());
         m_manager->addFolder(BookmarkManager::BookmarkFolder, QStringLiteral("A"));
         m_manager->addBookmark(
             BookmarkManager::BookmarkFolder, QStringLiteral("http://b1/"), QStringLiteral("b1"));
         m_manager->addBookmark(
             BookmarkManager::QuickAccessFolder, QStringLiteral("http://q1/"), QStringLiteral("q1"));
-        QVERIFY(drain());
+        QVERIFY(drainStorage());
         m_manager->addFolder(idOf(QStringLiteral("A")), QStringLiteral("A1"));
         m_manager->addBookmark(idOf(QStringLiteral("A")), QStringLiteral("http://a1/"), QStringLiteral("a1"));
-        QVERIFY(drain());
+        QVERIFY(drainStorage());
         m_manager->addBookmark(
             idOf(QStringLiteral("A1")), QStringLiteral("http://x1/"), QStringLiteral("x1"));
-        QVERIFY(drain());
+        QVERIFY(drainStorage());
     }
 
     void steps_data()
@@ -151,7 +143,7 @@ private slots:
         BookmarkModel page;
         QAbstractItemModelTester tester(&page);
         page.setFolderId(BookmarkManager::BookmarkFolder);
-        QVERIFY(drain());
+        QVERIFY(drainStorage());
         for (const QString& step : steps.split(QLatin1Char(';'), Qt::SkipEmptyParts)) {
             const QString op = step.section(QLatin1Char(' '), 0, 0);
             const QString a = step.section(QLatin1Char(' '), 1, 1);
@@ -184,11 +176,11 @@ private slots:
                 m_manager->removeAllBookmarks();
             else if (op == QLatin1String("filter")) {
                 page.setFilter(a);
-                QVERIFY(drain());
+                QVERIFY(drainStorage());
             }
         }
         QTEST(shown(page), "atOnce");
-        QVERIFY(drain());
+        QVERIFY(drainStorage());
         QTEST(shown(page), "page");
         QTEST(shown(*m_manager->quickAccessModel()), "quick");
         QTEST(shown(*m_manager->bookmarkTreeModel()), "tree");
@@ -206,7 +198,7 @@ private slots:
         dialog.toggleExpanded(dialog.indexOf(idOf(QStringLiteral("A"))));
         QCOMPARE(shown(dialog), QStringLiteral("Bookmarks:0:3 A:1:2 Quick access:0:1"));
         m_manager->addFolder(idOf(QStringLiteral("A")), QStringLiteral("A2"));
-        QVERIFY(drain());
+        QVERIFY(drainStorage());
         QCOMPARE(shown(dialog), QStringLiteral("Bookmarks:0:3 A:1:2 Quick access:0:1"));
         QVERIFY(!dialog.canMoveInto(idOf(QStringLiteral("A")), idOf(QStringLiteral("A2"))));
         QVERIFY(dialog.canMoveInto(idOf(QStringLiteral("A2")), BookmarkManager::QuickAccessFolder));
@@ -233,13 +225,13 @@ private slots:
         QFETCH(QString, asked);
         QFETCH(QString, dataOf);
         m_manager->getBookmarkData(QStringLiteral("http://x1/"));
-        QVERIFY(drain());
+        QVERIFY(drainStorage());
         QCOMPARE(m_manager->activeBookmarkTitle(), QStringLiteral("x1"));
         for (const QString& url : asked.split(QLatin1Char(' ')))
             m_manager->getBookmarked(url);
         m_manager->getBookmarkData(dataOf);
         QCOMPARE(m_manager->activeBookmarkId(), -1); // reset before storage answers
-        QVERIFY(drain());
+        QVERIFY(drainStorage());
         QTEST(m_manager->currentUrlBookmarked(), "bookmarked");
         const int parent = m_manager->activeBookmarkParent();
         const QString parentTitle
@@ -314,7 +306,7 @@ private slots:
         QScopedPointer<QObject> page(component.create());
         QVERIFY2(page, qPrintable(component.errorString()));
         QMetaObject::invokeMethod(page.data(), "add");
-        QVERIFY(drain());
+        QVERIFY(drainStorage());
         QVariant rows;
         QMetaObject::invokeMethod(page.data(), "read", Q_RETURN_ARG(QVariant, rows));
         QCOMPARE(rows.toString(),

@@ -24,14 +24,6 @@ namespace
 {
 const qint64 dayMs = 24 * 60 * 60 * 1000;
 
-// Everything asked of storage so far has been answered once this returns true.
-bool drain()
-{
-    QSignalSpy spy(DBManager::instance(), &DBManager::deviceModeAvailable);
-    DBManager::instance()->getDeviceMode(QStringLiteral("drain.example"), false);
-    return spy.wait(10000);
-}
-
 // The rows as the front end reads them: url without "http://", "+" when
 // bookmarked, "*" when selected; tab lists mark the current entry with "<".
 QString shown(const QAbstractItemModel& model, int current = -1)
@@ -70,7 +62,7 @@ bool loadFavicons()
         &FaviconsMap::faviconsAvailable, Qt::UniqueConnection);
     QSignalSpy loaded(FaviconsMap::instance(), &FaviconsMap::faviconsLoaded);
     DBManager::instance()->getFavicons();
-    return loaded.wait(5000) && drain();
+    return loaded.wait(5000) && drainStorage();
 }
 
 QList<Link> fakeLinks(int count)
@@ -99,7 +91,7 @@ private slots:
         delete DBManager::instance(); // lets the worker close the last profile's file
         m_profile.reset(); // restores the environment before the next one replaces it
         m_profile = std::make_unique<TempProfile>();
-        QVERIFY(drain());
+        QVERIFY(drainStorage());
     }
 
     void history_data()
@@ -144,7 +136,7 @@ private slots:
         QAbstractItemModelTester tester(&model);
         QAbstractItemModelTester foundTester(&found);
         model.getHistory(QString());
-        QVERIFY(drain());
+        QVERIFY(drainStorage());
         for (const QString& step : steps.split(QLatin1Char(';'))) {
             const QString op = step.section(QLatin1Char(' '), 0, 0),
                           arg = step.section(QLatin1Char(' '), 1, 1);
@@ -160,7 +152,7 @@ private slots:
                 found.removeSearchEntry(arg.toInt());
             else
                 commonStep(model, op, arg);
-            QVERIFY(drain());
+            QVERIFY(drainStorage());
         }
         const bool searching = steps.startsWith(QLatin1String("find"));
         QCOMPARE(shown(searching ? static_cast<BaseHistoryModel&>(found) : model), seen);
@@ -173,7 +165,7 @@ private slots:
         QAbstractItemModelTester againTester(&again);
         again.getHistory(model.filter(), model.start(), model.end());
         whole.getHistory(QString());
-        QVERIFY(drain());
+        QVERIFY(drainStorage());
         if (!searching)
             QCOMPARE(shown(again).remove(QLatin1Char('*')), shown(model).remove(QLatin1Char('*')));
         QCOMPARE(shown(whole), all);
@@ -225,7 +217,7 @@ private slots:
                 model.navigateThroughTabHistory(arg.toInt());
             else
                 commonStep(model, op, arg);
-            QVERIFY(drain());
+            QVERIFY(drainStorage());
         }
         for (int i = 0; i < moves.size(); i += 2)
             QCOMPARE(moves.at(i), moves.at(i + 1));
@@ -328,14 +320,14 @@ private slots:
         QSignalSpy changed(map, &FaviconsMap::valueChanged);
         for (const QString& step : steps.split(QLatin1Char(';'))) {
             if (step == QLatin1String("age")) {
-                QVERIFY(drain());
+                QVERIFY(drainStorage());
                 QVERIFY(db.exec(QStringLiteral("UPDATE favicons SET date = 1")));
                 continue;
             }
             const QStringList parts = step.split(QLatin1Char(' '));
             map->setFavicon(parts.at(0), expand(parts.at(1)), parts.size() > 2);
         }
-        QVERIFY(drain());
+        QVERIFY(drainStorage());
         QCOMPARE(map->getFavicon(QStringLiteral("https://%1/other/page").arg(site)), expand(icon));
         QCOMPARE(changed.size(), changes);
         for (const QList<QVariant>& args : qAsConst(changed))

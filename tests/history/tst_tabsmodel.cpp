@@ -16,13 +16,6 @@
 
 namespace
 {
-bool drain()
-{
-    QSignalSpy spy(DBManager::instance(), &DBManager::deviceModeAvailable);
-    DBManager::instance()->getDeviceMode(QStringLiteral("drain.example"), false);
-    return spy.wait(10000);
-}
-
 // Each tab's url without "https://", zoom and device mode.
 QString tabs(const TabsModel& model)
 {
@@ -113,7 +106,7 @@ private slots:
             QAbstractItemModelTester tester(&model);
             model.setIsIncognito(false);
             settings.screenSettingsManager()->updateDpr(QStringLiteral("https://a.example"), false, 1.5);
-            QVERIFY(drain());
+            QVERIFY(drainStorage());
             const auto site = [](const char* name) {
                 return QStringLiteral("https://%1.example/").arg(QLatin1String(name));
             };
@@ -128,7 +121,7 @@ private slots:
             incognito.insert(0, { QStringLiteral("https://private.example/") });
             model.setDeviceMode(QStringLiteral("c.example"), 1);
             QCOMPARE(tabs(model), QStringLiteral("a.example/ 1.5 -1 d.example/ -1 -1 c.example/ -1 1"));
-            QVERIFY(drain());
+            QVERIFY(drainStorage());
         }
         delete DBManager::instance();
         DbFileProbe file(m_profile.databasePath());
@@ -154,7 +147,7 @@ private slots:
         model.insert(3, { QStringLiteral("https://e.example/") });
         QCOMPARE(model.getTabID(3), 901);
         model.clear();
-        QVERIFY(drain());
+        QVERIFY(drainStorage());
         QCOMPARE(file.value(QStringLiteral("SELECT COUNT(*) FROM tab")).toInt(), 0);
     }
 

@@ -1,8 +1,11 @@
 #include "dbfileprobe.h"
 
+#include "storage/dbmanager.h"
+
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QSqlRecord>
+#include <QSignalSpy>
 #include <QtDebug>
 
 #include <algorithm>
@@ -57,4 +60,11 @@ bool DbFileProbe::execAll(const QStringList& statements)
 {
     return std::all_of(
         statements.begin(), statements.end(), [this](const QString& sql) { return exec(sql); });
+}
+
+bool drainStorage()
+{
+    QSignalSpy spy(DBManager::instance(), &DBManager::deviceModeAvailable);
+    DBManager::instance()->getDeviceMode(QStringLiteral("drain.example"), false);
+    return spy.wait(10000);
 }

@@ -10,6 +10,10 @@
 QStringList sqlRows(const QSqlDatabase& db, const QString& sql, const QVariantList& values = {},
     const QString& separator = QStringLiteral("|"), const QString& nullText = QStringLiteral("NULL"));
 
+// True once the storage worker has answered everything asked of it before this call
+// (it answers in order); false after ten seconds.
+bool drainStorage();
+
 // A direct look into an SQLite file from a test, on a connection of its own,
 // independent of the code under test.
 class DbFileProbe
