@@ -223,13 +223,9 @@ private slots:
     {
         int killedWhileWriting = 0;
         for (int attempt = 0; attempt < 12; ++attempt) {
-            QTemporaryDir childProfile;
-            QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-            env.insert(QStringLiteral("XDG_DATA_HOME"), childProfile.path());
-            env.insert(QStringLiteral("XDG_CONFIG_HOME"), childProfile.path());
+            TempProfile childProfile; // the child inherits it
             const QStringList leftBefore = QDir(m_dir->path()).entryList(QDir::Files);
             QProcess writer;
-            writer.setProcessEnvironment(env);
             writer.start(QCoreApplication::applicationFilePath(), { writerFlag, m_path });
             QVERIFY(writer.waitForReadyRead(20000));
             QTest::qWait(QRandomGenerator::global()->bounded(5, 60));
