@@ -6,10 +6,8 @@
 #include "support/dbfileprobe.h"
 #include "support/tempprofile.h"
 
-#include <QAbstractItemModelTester>
 #include <QQmlComponent>
 #include <QQmlEngine>
-#include <QSignalSpy>
 #include <QtTest>
 #include <memory>
 

@@ -5,11 +5,6 @@
 #include "support/logcapture.h"
 #include "support/tempprofile.h"
 
-#include <QProcess>
-#include <QRandomGenerator>
-#include <QSignalSpy>
-#include <QStandardPaths>
-#include <QTimer>
 #include <QtTest>
 #include <memory>
 

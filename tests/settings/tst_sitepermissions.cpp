@@ -11,11 +11,9 @@
 
 #include <permissionmanager.h>
 
-#include <QAbstractItemModelTester>
 #include <QQmlComponent>
 #include <QQmlContext>
 #include <QQmlEngine>
-#include <QSignalSpy>
 #include <QtTest>
 #include <QtWebEngine>
 #include <memory>

@@ -1,6 +1,5 @@
 #include "utils/filepathutils.h"
 
-#include <QTranslator>
 #include <QtTest>
 
 namespace
