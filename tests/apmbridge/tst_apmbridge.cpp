@@ -4,12 +4,8 @@
 
 #include <QDBusConnectionInterface>
 #include <QDBusInterface>
-#include <QDirIterator>
 #include <QImage>
-#include <QJsonDocument>
-#include <QProcess>
-#include <QTemporaryDir>
-#include <QTest>
+#include <QtTest>
 #include <memory>
 
 namespace

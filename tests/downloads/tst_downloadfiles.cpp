@@ -5,7 +5,6 @@
 #include "downloads/downloadnaming.h"
 #include "downloads/downloadproxymodel.h"
 
-#include <QAbstractItemModelTester>
 #include <QtTest>
 
 class TestDownloadFiles : public QObject

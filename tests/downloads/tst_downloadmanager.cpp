@@ -8,7 +8,6 @@
 #include "support/httpserver.h"
 #include "support/tempprofile.h"
 
-#include <QAbstractItemModelTester>
 #include <QGuiApplication>
 #include <QtTest>
 
@@ -52,31 +51,30 @@ QStringList storedRows()
     return rows;
 }
 
-int childStart(const QUrl& url, const QString& dir)
+// One browser run of runningAtQuitIsPausedAfterRestart: "--child-start <url> <dir>" quits mid-download,
+// "--child-resume" prints the downloads it loaded and resumes the first.
+int runChild(const QStringList& args)
 {
     DownloadManager* m = DownloadManager::instance();
-    m->setDownloadDirectory(dir);
-    const int id = m->download(url.toString());
     QTimer poll;
-    QObject::connect(&poll, &QTimer::timeout, [id] {
-        // Quit as a user closing the browser mid-download would.
-        if (!entry(id).path.isEmpty() && QFileInfo(DownloadNaming::partialPath(entry(id).path)).size() > 0)
-            QCoreApplication::quit();
-    });
-    poll.start(5);
-    QTimer::singleShot(20000, [] { QCoreApplication::exit(1); });
-    return QCoreApplication::exec();
-}
-
-int childResume()
-{
-    DownloadManager* m = DownloadManager::instance();
-    QObject::connect(m, &DownloadManager::loadedChanged, [m] {
-        for (const DownloadEntry& e : m->model()->entries())
-            printf("%d|%lld|%s\n", e.state, e.receivedBytes, qPrintable(QFileInfo(e.path).fileName()));
-        m->resume(m->model()->entries().value(0).id);
-    });
-    QObject::connect(m, &DownloadManager::downloadFinished, [] { QCoreApplication::quit(); });
+    if (args.value(1) == QLatin1String("--child-start")) {
+        m->setDownloadDirectory(args.value(3));
+        const int id = m->download(args.value(2));
+        QObject::connect(&poll, &QTimer::timeout, [id] {
+            // Quit as a user closing the browser mid-download would.
+            if (!entry(id).path.isEmpty()
+                && QFileInfo(DownloadNaming::partialPath(entry(id).path)).size() > 0)
+                QCoreApplication::quit();
+        });
+        poll.start(5);
+    } else {
+        QObject::connect(m, &DownloadManager::loadedChanged, [m] {
+            for (const DownloadEntry& e : m->model()->entries())
+                printf("%d|%lld|%s\n", e.state, e.receivedBytes, qPrintable(QFileInfo(e.path).fileName()));
+            m->resume(m->model()->entries().value(0).id);
+        });
+        QObject::connect(m, &DownloadManager::downloadFinished, [] { QCoreApplication::quit(); });
+    }
     QTimer::singleShot(20000, [] { QCoreApplication::exit(1); });
     return QCoreApplication::exec();
 }
@@ -361,11 +359,6 @@ private slots:
         const QString partial = QDir(dir).filePath(QStringLiteral("restart.iso.part"));
         const qint64 kept = QFileInfo(partial).size();
         QVERIFY(kept > 0 && kept < data.size());
-        {
-            DbFileProbe db(profile.databasePath());
-            QCOMPARE(sqlRows(db.database(), QStringLiteral("SELECT path, status FROM downloads;")),
-                QStringList(QDir(dir).filePath(QStringLiteral("restart.iso")) + QStringLiteral("|0")));
-        }
 
         QVERIFY(run({ QStringLiteral("--child-resume") }, &out));
         QCOMPARE(out, QStringLiteral("1|%1|restart.iso\n").arg(kept).toUtf8()); // Paused, with its bytes
@@ -393,10 +386,8 @@ int main(int argc, char** argv)
     QCoreApplication::setOrganizationName(QStringLiteral("ru.nuvo"));
     QCoreApplication::setApplicationName(QStringLiteral("webdeck"));
     const QStringList args = app.arguments();
-    if (args.value(1) == QLatin1String("--child-start"))
-        return childStart(QUrl(args.value(2)), args.value(3));
-    if (args.value(1) == QLatin1String("--child-resume"))
-        return childResume();
+    if (args.value(1).startsWith(QLatin1String("--child-")))
+        return runChild(args);
     TestDownloadManager test;
     QTEST_SET_MAIN_SOURCE_PATH
     return QTest::qExec(&test, argc, argv);

@@ -11,11 +11,9 @@
 
 #include <permissionmanager.h>
 
-#include <QAbstractItemModelTester>
 #include <QQmlComponent>
 #include <QQmlContext>
 #include <QQmlEngine>
-#include <QSignalSpy>
 #include <QtTest>
 #include <QtWebEngine>
 #include <memory>
@@ -81,15 +79,9 @@ private slots:
     void cleanupTestCase() { DBManager::instance()->shutdown(); }
     void init()
     {
-        m_tester.reset();
-        m_manager.reset();
-        PermissionManager::GetInstance()->clear();
         DBManager::instance()->removeAllPermissions();
         QSignalSpy loaded(DBManager::instance(), &DBManager::permissionsAvailable);
-        m_manager
-            = std::make_unique<PermissionsManager>(DBManager::instance(), PermissionManager::GetInstance());
-        m_tester = std::make_unique<QAbstractItemModelTester>(
-            m_manager->permissionsModel(), QAbstractItemModelTester::FailureReportingMode::QtTest);
+        restart();
         QVERIFY(loaded.wait(5000));
     }
 
@@ -102,24 +94,20 @@ private slots:
         QTest::addColumn<QString>("engine");
         QTest::addColumn<bool>("logged"); // "unexpected permission type requested!"
 
-        const struct {
-            const char *name, *calls, *stored, *engine;
-            bool logged;
-        } rows[] = {
-            { "allow camera, new site", "update 0 t", "1 - - - - - -", "0 1 1 1", false },
-            { "refuse camera", "add 2 2 2 2 2 2 2;update 0 f", "0 2 2 2 2 2 2", "2 1 1 1", false },
-            { "reset location", "add 1 1 1 1 1 1 1;update 2 -", "1 1 - 1 1 1 1", "0 0 1 0", false },
-            { "microphone back to ask", "add 1 1 1 1 1 1 1;update 1 2", "1 2 1 1 1 1 1", "0 1 0 0", false },
-            { "notifications by number", "update 3 1", "- - - 1 - - -", "1 1 1 0", false },
-            { "popups kept, not forwarded", "add 2 2 2 2 2 2 2;update 5 t", "2 2 2 2 2 1 2", "1 1 1 1",
-                true },
-            { "unknown kind", "add 1 1 1 1 1 1 1;update 9 f", "1 1 1 1 1 1 1", "0 0 0 0", true },
-            { "revoke", "add 0 1 0 1 1 1 1;revoke", "- - - - - - -", "1 1 1 1", false },
-            { "remove", "add 0 1 0 1 1 1 1;remove", "", "1 1 1 1", false },
+        const auto row = [](const char* name, const char* calls, const char* stored, const char* engine,
+                             bool logged = false) {
+            QTest::newRow(name) << QString::fromLatin1(calls) << QString::fromLatin1(stored)
+                                << QString::fromLatin1(engine) << logged;
         };
-        for (const auto& row : rows)
-            QTest::newRow(row.name) << QString::fromLatin1(row.calls) << QString::fromLatin1(row.stored)
-                                    << QString::fromLatin1(row.engine) << row.logged;
+        row("allow camera, new site", "update 0 t", "1 - - - - - -", "0 1 1 1");
+        row("refuse camera", "add 2 2 2 2 2 2 2;update 0 f", "0 2 2 2 2 2 2", "2 1 1 1");
+        row("reset location", "add 1 1 1 1 1 1 1;update 2 -", "1 1 - 1 1 1 1", "0 0 1 0");
+        row("microphone back to ask", "add 1 1 1 1 1 1 1;update 1 2", "1 2 1 1 1 1 1", "0 1 0 0");
+        row("notifications by number", "update 3 1", "- - - 1 - - -", "1 1 1 0");
+        row("popups kept, not forwarded", "add 2 2 2 2 2 2 2;update 5 t", "2 2 2 2 2 1 2", "1 1 1 1", true);
+        row("unknown kind", "add 1 1 1 1 1 1 1;update 9 f", "1 1 1 1 1 1 1", "0 0 0 0", true);
+        row("revoke", "add 0 1 0 1 1 1 1;revoke", "- - - - - - -", "1 1 1 1");
+        row("remove", "add 0 1 0 1 1 1 1;remove", "", "1 1 1 1");
     }
 
     void calls()
@@ -154,12 +142,7 @@ private slots:
             rows.prepend(a + QLatin1Char(' ') + stored);
         QCOMPARE(reload(), rows);
         QCOMPARE(modelRows(m_manager->permissionsModel()), rows);
-        // A new start: the desktop engine remembers nothing by itself.
-        m_tester.reset();
-        m_manager.reset();
-        PermissionManager::GetInstance()->clear();
-        m_manager
-            = std::make_unique<PermissionsManager>(DBManager::instance(), PermissionManager::GetInstance());
+        restart();
         QTRY_COMPARE(
             engineAnswers(a) + QLatin1Char(' ') + engineAnswers(b), engine + QStringLiteral(" 0 0 0 0"));
 
@@ -196,14 +179,11 @@ private slots:
         PermissionsProxyModel proxy;
         QAbstractItemModelTester tester(&proxy, QAbstractItemModelTester::FailureReportingMode::QtTest);
         proxy.setSourceModel(m_manager->permissionsModel());
-        m_manager->addPermissions(QStringLiteral("https://c.test"), values(QStringLiteral("1 1 1 0 0 0 0")));
-        m_manager->addPermissions(
-            QStringLiteral("https://a.example"), values(QStringLiteral("1 - - - - - -")));
-        m_manager->addPermissions(
-            QStringLiteral("https://b.example"), values(QStringLiteral("0 1 1 2 2 2 1")));
-        m_manager->addPermissions(QStringLiteral("https://d.test"), values(QStringLiteral("- 1 1 2 1 1 1")));
-        m_manager->addPermissions(
-            QStringLiteral("https://MAIL.example"), values(QStringLiteral("2 2 2 2 2 2 2")));
+        for (const char* site : { "c.test 1 1 1 0 0 0 0", "a.example 1 - - - - - -",
+                 "b.example 0 1 1 2 2 2 1", "d.test - 1 1 2 1 1 1", "MAIL.example 2 2 2 2 2 2 2" })
+            m_manager->addPermissions(
+                QStringLiteral("https://") + QString::fromLatin1(site).section(QLatin1Char(' '), 0, 0),
+                values(QString::fromLatin1(site).section(QLatin1Char(' '), 1)));
         QCOMPARE(reload().size(), 5); // filters then apply to the rows refilled from storage
 
         QSignalSpy countSpy(&proxy, &PermissionsProxyModel::countChanged);
@@ -249,6 +229,18 @@ private slots:
     void pageRequest();
 
 private:
+    // A new start of the browser: the desktop engine remembers nothing by itself.
+    void restart()
+    {
+        m_tester.reset();
+        m_manager.reset();
+        PermissionManager::GetInstance()->clear();
+        m_manager
+            = std::make_unique<PermissionsManager>(DBManager::instance(), PermissionManager::GetInstance());
+        m_tester = std::make_unique<QAbstractItemModelTester>(
+            m_manager->permissionsModel(), QAbstractItemModelTester::FailureReportingMode::QtTest);
+    }
+
     // The file's rows once every request queued so far has run (the model refills from the same answer).
     QStringList reload()
     {
@@ -272,24 +264,20 @@ private:
 void TestSitePermissions::pageRequest_data()
 {
     QTest::addColumn<QString>("answers"); // for notifications, in order
-    QTest::addColumn<QString>("title");
     QTest::addColumn<int>("prompts");
+    QTest::addColumn<QString>("title");
 
-    QTest::newRow("denied: refused, no prompt") << "f"
-                                                << "answer:denied" << 0;
-    QTest::newRow("allowed: granted, no prompt") << "t"
-                                                 << "answer:granted" << 0;
-    QTest::newRow("no answer: prompt") << ""
-                                       << "answer:denied" << 1;
-    QTest::newRow("denied then reset: prompt again") << "f -"
-                                                     << "answer:denied" << 1;
+    QTest::newRow("denied: refused, no prompt") << "f" << 0 << "answer:denied";
+    QTest::newRow("allowed: granted, no prompt") << "t" << 0 << "answer:granted";
+    QTest::newRow("no answer: prompt") << "" << 1 << "answer:denied";
+    QTest::newRow("denied then reset: prompt again") << "f -" << 1 << "answer:denied";
 }
 
 void TestSitePermissions::pageRequest()
 {
     QFETCH(QString, answers);
-    QFETCH(QString, title);
     QFETCH(int, prompts);
+    QFETCH(QString, title);
 
     // One page on 127.0.0.1, on a port of its own so that no earlier origin's answer is reused.
     HttpServer server;

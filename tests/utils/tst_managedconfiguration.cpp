@@ -6,7 +6,6 @@
 
 #include <QQmlComponent>
 #include <QQmlEngine>
-#include <QSaveFile>
 #include <QtTest>
 
 class TestManagedConfiguration : public QObject
