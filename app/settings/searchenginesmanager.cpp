@@ -88,9 +88,11 @@ SearchEnginesManager::EditResult SearchEnginesManager::removeSearchEngine(int id
         return UnknownEngine;
     if (!row->engine.editable)
         return NotEditable;
-    m_db->removeSearchEngine(id);
-    m_model->removeEngine(id);
+    // The fallback is chosen while the row still exists, so that a search box bound to the
+    // engine goes straight to the new one instead of passing through an empty url.
     if (id == m_currentId)
         emit currentEngineRemoved();
+    m_db->removeSearchEngine(id);
+    m_model->removeEngine(id);
     return Done;
 }
