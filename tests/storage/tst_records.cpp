@@ -1,25 +1,18 @@
 // The records' debug forms are read by log scrapers; their layout is fixed.
 
 #include "storage/records.h"
+#include "support/logcapture.h"
 
 #include <QDebug>
 #include <QtTest>
 
 namespace
 {
-QString captured;
-void capture(QtMsgType, const QMessageLogContext&, const QString& message)
-{
-    captured = message;
-}
-
 template <typename T> QString debugForm(const T* record)
 {
-    captured.clear();
-    const QtMessageHandler previous = qInstallMessageHandler(capture);
+    LogCapture log("default");
     qWarning() << record; // not qDebug: the test runs with debug output switched off
-    qInstallMessageHandler(previous);
-    return captured;
+    return log.messages().value(0);
 }
 } // namespace
 
@@ -37,16 +30,11 @@ private slots:
         link.url = QStringLiteral("https://example.com/");
         link.title = QStringLiteral("Example \"quoted\"");
         link.thumbnailPath = QStringLiteral("/tmp/t.jpg");
-        for (bool isValid : { true, false }) {
-            link.isValid = isValid;
-            const QString text = debugForm(&link);
-            QVERIFY2(text.startsWith(
-                         QStringLiteral("Link(id =  7 , isValid =  %1 , url =  \"https://example.com/\" , "
-                                        "title =  \"Example \\\"quoted\\\"\" , thumbnailPath =  "
-                                        "\"/tmp/t.jpg\" , date =  QDateTime(Invalid) )")
-                             .arg(QLatin1String(isValid ? "true" : "false"))),
-                qPrintable(text));
-        }
+        link.isValid = true;
+        QCOMPARE(debugForm(&link),
+            QStringLiteral("Link(id =  7 , isValid =  true , url =  \"https://example.com/\" , title =  "
+                           "\"Example \\\"quoted\\\"\" , thumbnailPath =  \"/tmp/t.jpg\" , date =  "
+                           "QDateTime(Invalid) )"));
     }
 };
 
