@@ -7,19 +7,6 @@
 #include <QSignalSpy>
 #include <QtTest>
 
-namespace
-{
-// Values as one line of text, joined by blanks.
-QString line(const QVariantList& parts)
-{
-    QStringList texts;
-    for (const QVariant& part : parts)
-        texts.append(part.toString());
-    return texts.join(QLatin1Char(' '));
-}
-
-} // namespace
-
 class TestSiteData : public QObject
 {
     Q_OBJECT
@@ -40,6 +27,7 @@ private slots:
                                     "UNION ALL SELECT * FROM device_modes")),
             QStringList({ QStringLiteral("https://a.example|1.5"), QStringLiteral("a.example|1") }));
     }
+
     void downloads()
     {
         TempProfile profile;
@@ -48,9 +36,12 @@ private slots:
         QStringList events;
         connect(&worker, &DBWorker::oldDownloadRemoved, this,
             [&](int id) { events.append(QStringLiteral("removed %1").arg(id)); });
-        connect(&worker, &DBWorker::downloadAdded, this, [&](const Download& download, const QString& path) {
-            events.append(line(
-                { download.id, path, download.filePath, download.url, download.status, download.cachedKey }));
+        connect(&worker, &DBWorker::downloadAdded, this, [&](const Download& d, const QString& path) {
+            events << QStringLiteral("%1 %2 %3 %4 %5 %6")
+                          .arg(d.id)
+                          .arg(path, d.filePath, d.url)
+                          .arg(d.status)
+                          .arg(d.cachedKey);
         });
         const QString report = QStringLiteral("/d/report.pdf"), other = QStringLiteral("/d/other.zip");
         worker.addDownload(report, QStringLiteral("https://a.example/r"), QStringLiteral("k1"));
@@ -65,7 +56,7 @@ private slots:
         QSignalSpy listed(&worker, &DBWorker::downloadsAvailable);
         worker.getDownloads();
         for (const Download& d : listed.value(0).value(0).value<QList<Download>>())
-            events << line({ d.id, d.filePath, d.url, d.status });
+            events << QStringLiteral("%1 %2 %3 %4").arg(d.id).arg(d.filePath, d.url).arg(d.status);
         QCOMPARE(events.join(QLatin1Char(',')),
             QStringLiteral(
                 "1 /d/report.pdf /d/report.pdf https://a.example/r 0 k1,2 /d/other.zip /d/other.zip "
