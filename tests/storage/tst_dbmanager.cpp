@@ -119,27 +119,6 @@ private slots:
         QCOMPARE(answers, expected);
     }
 
-    void quotedUrlNeitherBreaksNorInjects()
-    {
-        // Bookmarked URLs are spliced into the tab history read as literals; unescaped,
-        // this one would mark every page as bookmarked.
-        DBManager* manager = DBManager::instance();
-        const QString bookmarked = QStringLiteral("https://example.com/x') OR 1=1 OR link.url IN ('y");
-        const QString page = QStringLiteral("https://example.com/?q=o'brien");
-        manager->addBookmarkNode(1, bookmarked, QStringLiteral("quoted"));
-        manager->addToTabHistory(11, page, QStringLiteral("O'Brien's page"), false);
-        manager->addToTabHistory(11, bookmarked, QStringLiteral("quoted"), false);
-        QSignalSpy tabHistory(manager, &DBManager::tabHistoryAvailable);
-        manager->getTabHistory(11, QString(), QDateTime(), QDateTime(), false);
-        QVERIFY(tabHistory.wait(5000));
-        QStringList links;
-        for (const Link& link : tabHistory.first().at(1).value<QList<Link>>())
-            links << QStringLiteral("%1 %2 %3").arg(link.url, link.title).arg(link.bookmarked);
-        QCOMPARE(links,
-            QStringList(
-                { bookmarked + QStringLiteral(" quoted 1"), page + QStringLiteral(" O'Brien's page 0") }));
-    }
-
     void writesQueuedBeforeQuitAreKept()
     {
         TempProfile home; // the child inherits this profile's environment

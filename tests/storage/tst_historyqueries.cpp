@@ -208,28 +208,36 @@ private slots:
         QCOMPARE(sql(QStringLiteral("SELECT COUNT(*) FROM browser_history")), QStringLiteral("7"));
     }
 
-    void navigation_data()
+    void tabHistoryChanges_data()
     {
-        // B back, F forward, N page "n" opened after dropping forward entries, R removal of entries 1 to 3
+        // Tab 1 opens a, b, c and tab 2 x, y, dated 1000 to 5000. Moves in tab 1: B back, F forward, N page
+        // "n" opened after dropping forward entries, R removal of entries 1 to 3; then C clears tab 1's
+        // list, A every tab's, E every tab's up to 3000, each answered with the open tab 2 read again.
         QTest::addColumn<QString>("moves");
         QTest::addColumn<bool>("isPrivate");
         QTest::addColumn<QString>("remaining");
+        QTest::addColumn<QString>("reread");
         // clang-format off
-        QTest::newRow("back after a new page") << "BBNB" << false << "1a* 2x 2y* 1n";
-        QTest::newRow("private back and forward") << "BBBF" << true << "1a 2x 1b* 2y* 1c";
-        QTest::newRow("removal spares other tabs") << "R" << false << "2x 2y* 1c*";
+        QTest::newRow("back after a new page") << "BBNB" << false << "1a* 2x 2y* 1n" << "";
+        QTest::newRow("private back and forward") << "BBBF" << true << "1a 2x 1b* 2y* 1c" << "";
+        QTest::newRow("removal spares other tabs") << "R" << false << "2x 2y* 1c*" << "";
+        QTest::newRow("clear one tab") << "BC" << false << "2x 1b* 2y*" << "y x";
+        QTest::newRow("clear every tab") << "BA" << true << "1b* 2y*" << "y";
+        QTest::newRow("clear every tab up to a time") << "BE" << false << "1b* 2y* 1c" << "y";
         // clang-format on
     }
 
-    void navigation()
+    void tabHistoryChanges()
     {
         QFETCH(QString, moves);
         QFETCH(bool, isPrivate);
         QFETCH(QString, remaining);
+        QFETCH(QString, reread);
         QSignalSpy added(&w(), &DBWorker::linkAddedToTabHistory);
         visit(w(), QStringLiteral("1a,2x,1b,2y,1c"), isPrivate);
         QCOMPARE(added.count(), 5);
         w().addTabs({ 3 }, 0, { QStringLiteral("about:blank") }, { QString() }, isPrivate); // gets no entry
+        QSignalSpy spy(&w(), &DBWorker::tabHistoryAvailable);
         for (const QChar move : moves) {
             if (move == QLatin1Char('B')) {
                 w().goBack(1, isPrivate);
@@ -237,11 +245,17 @@ private slots:
                 w().goForward(1, isPrivate);
             } else if (move == QLatin1Char('R')) {
                 w().removeTabHistoryEntries(1, { 1, 2, 3 }, isPrivate);
-            } else {
+            } else if (move == QLatin1Char('N')) {
                 const QString shown
                     = sql(QStringLiteral("SELECT tab_history_id FROM tab WHERE tab_id = 1"), {}, isPrivate);
                 w().clearDeprecatedTabHistory(1, shown.toInt(), isPrivate);
                 w().addToTabHistory(1, QStringLiteral("n"), QString(), isPrivate);
+            } else {
+                w().clearTabHistory(move == QLatin1Char('C') ? 1 : -1, 2, QDateTime(),
+                    move == QLatin1Char('E') ? at(3000) : QDateTime(), isPrivate);
+                QCOMPARE(spy.count(), 1);
+                QCOMPARE(spy[0][0].toInt(), 2);
+                QCOMPARE(join(spy[0][1]), reread);
             }
         }
         QCOMPARE(entries(isPrivate), remaining);
@@ -254,13 +268,13 @@ private slots:
         QTest::addColumn<QString>("filter");
         QTest::addColumn<QDateTime>("start");
         QTest::addColumn<QDateTime>("end");
-        QTest::addColumn<QString>("expected"); // urls, newest first; the tab shows b
+        QTest::addColumn<QString>("expected"); // urls, newest first; the tab shows b'
         const QDateTime none;
-        QTest::newRow("all, newest first") << QString() << none << none << "c b a";
-        QTest::newRow("title, of this tab only") << QStringLiteral("news") << none << none << "b a";
+        QTest::newRow("all, newest first") << QString() << none << none << "c b'* a";
+        QTest::newRow("title, of this tab only") << QStringLiteral("news") << none << none << "b'* a";
         // Unlike the browsing history, the bounds narrow url and title matches alike.
-        QTest::newRow("filter and start") << QStringLiteral("news") << at(1500) << none << "b";
-        QTest::newRow("start") << QString() << at(3000) << none << "c b";
+        QTest::newRow("filter and start") << QStringLiteral("news") << at(1500) << none << "b'*";
+        QTest::newRow("start") << QString() << at(3000) << none << "c b'*";
     }
 
     void getTabHistory()
@@ -269,8 +283,12 @@ private slots:
         QFETCH(QDateTime, start);
         QFETCH(QDateTime, end);
         QFETCH(QString, expected);
-        visit(w(), QStringLiteral("1a:Front news,2x:news elsewhere,1b:News shop,1c:Other,2a:Second"), false);
+        visit(w(), QStringLiteral("1a:Front news,2x:news elsewhere,1b':News shop,1c:Other,2a:Second"), false);
         w().goBack(1, false);
+        // Bookmarked urls are spliced into the read as literals; unescaped, the second would
+        // mark every entry as bookmarked.
+        sql(QStringLiteral("INSERT INTO bookmark_node (title, url) VALUES ('B', ?), ('Q', ?)"),
+            { QStringLiteral("b'"), QStringLiteral("x') OR 1=1 OR link.url IN ('y") });
         // Tab 2's visit of "a" shares the link row, which keeps the title it was created with.
         QCOMPARE(sql(QStringLiteral("SELECT title FROM link WHERE url = 'a'")), QStringLiteral("Front news"));
         QSignalSpy spy(&w(), &DBWorker::tabHistoryAvailable);
@@ -281,43 +299,10 @@ private slots:
         const int shown = sql(QStringLiteral("SELECT tab_history_id FROM tab WHERE tab_id = 1")).toInt();
         QCOMPARE(spy[0][2].toInt(), expected.contains(QLatin1Char('b')) ? shown : 0);
         for (const Link& link : spy[0][1].value<QList<Link>>()) {
-            QCOMPARE(link.id == shown, link.url == QLatin1String("b"));
+            QCOMPARE(link.id == shown, link.url == QLatin1String("b'"));
             QCOMPARE(link.date, at(1000 * link.id));
             QVERIFY(!link.title.isEmpty() && link.thumbnailPath.isEmpty());
         }
-    }
-
-    void clearTabHistoryKeepsCurrentEntries_data()
-    {
-        QTest::addColumn<int>("tabId");
-        QTest::addColumn<QDateTime>("start");
-        QTest::addColumn<QDateTime>("end");
-        QTest::addColumn<QString>("remaining");
-        QTest::addColumn<QString>("reread"); // the open tab 2, read again unfiltered
-        // Tab 1 shows b, tab 2 shows y; the entries are dated 1000 (a) to 5000 (c).
-        const QDateTime none;
-        // clang-format off
-        QTest::newRow("one tab") << 1 << none << none << "2x 1b* 2y*" << "y x";
-        QTest::newRow("every tab") << -1 << none << none << "1b* 2y*" << "y";
-        QTest::newRow("every tab up to a time") << -1 << none << at(3000) << "1b* 2y* 1c" << "y";
-        // clang-format on
-    }
-
-    void clearTabHistoryKeepsCurrentEntries()
-    {
-        QFETCH(int, tabId);
-        QFETCH(QDateTime, start);
-        QFETCH(QDateTime, end);
-        QFETCH(QString, remaining);
-        QFETCH(QString, reread);
-        visit(w(), QStringLiteral("1a,2x,1b,2y,1c"), false);
-        w().goBack(1, false);
-        QSignalSpy spy(&w(), &DBWorker::tabHistoryAvailable);
-        w().clearTabHistory(tabId, 2, start, end, false);
-        QCOMPARE(entries(false), remaining);
-        QCOMPARE(spy.count(), 1);
-        QCOMPARE(spy[0][0].toInt(), 2);
-        QCOMPARE(join(spy[0][1]), reread);
     }
 
     void tabStrip_data()
