@@ -158,12 +158,10 @@ private slots:
             DbFileProbe db(home.databasePath());
             QCOMPARE(db.value(QStringLiteral("PRAGMA integrity_check;")).toString(), QStringLiteral("ok"));
             // Visits are answered in order, so the first `last` of them must all be there.
-            QVERIFY(db.value(QStringLiteral("SELECT COUNT(*) FROM tab_history JOIN link USING (link_id) WHERE "
-                                            "tab_id = %1 AND CAST(substr(url, 23) AS INTEGER) < %2;")
-                                 .arg(tabId)
-                                 .arg(last))
-                        .toInt()
-                >= last);
+            const QString answered
+                = QStringLiteral("SELECT COUNT(*) FROM tab_history JOIN link USING (link_id) "
+                                 "WHERE tab_id = %1 AND CAST(substr(url, 23) AS INTEGER) < %2;");
+            QVERIFY(db.value(answered.arg(tabId).arg(last)).toInt() >= last);
         }
     }
 
