@@ -213,6 +213,11 @@ void TestDbInit::firstAndSecondStart()
                  "pragma_database_list;"),
         strings({ "1|cam.ex", "2|zoom.ex", "example.com|1", "o'brien.example|0", "9:2|1.75", "0|no history",
             "0|no tabs", "0|no permissions", "1|databases" }));
+    // What they set stays there.
+    worker.setDeviceMode(QStringLiteral("private.example"), 1, true);
+    worker.addDpr(QStringLiteral("https://private.example/page"), 2, true);
+    QCOMPARE(rows(db, "SELECT site FROM sites UNION ALL SELECT domain FROM device_modes;"),
+        strings({ "cam.ex", "zoom.ex", "example.com", "o'brien.example" }));
 }
 
 void TestDbInit::ladder_data()
