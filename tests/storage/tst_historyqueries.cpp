@@ -110,7 +110,6 @@ private slots:
         QTest::addColumn<QString>("titles"); // one visit of "a" per title
         QTest::addColumn<QString>("rows"); // url|visited_count|title|dated by the visits
         // clang-format off
-        QTest::newRow("first visit") << QString() << "A" << "a|1|A|1";
         QTest::newRow("twice today") << QString() << "A,B" << "a|2|B|1";
         QTest::newRow("row at local midnight merges") << "a:Old:0:1" << "New" << "a|2|New|1";
         QTest::newRow("empty title keeps the stored one") << "a:Old:0:1" << "" << "a|2|Old|1";
@@ -301,7 +300,6 @@ private slots:
         // clang-format off
         QTest::newRow("3 tabs at index 2") << 5 << QList<int> { 10, 11, 12 } << 2 << false << "1:0 2:1 10:2 11:3 12:4 3:5 4:6 5:7";
         QTest::newRow("known tab is moved") << 3 << QList<int> { 3 } << 0 << false << "3:0 1:1 2:2";
-        QTest::newRow("remove from the middle") << 4 << none << 2 << false << "1:0 2:1 4:2";
         QTest::newRow("remove from the middle, private") << 4 << none << 1 << true << "1:0 3:1 4:2";
         QTest::newRow("clear, private") << 4 << none << -1 << true << "";
         // clang-format on
