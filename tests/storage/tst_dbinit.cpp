@@ -29,39 +29,23 @@ QStringList strings(std::initializer_list<const char*> items)
     return result;
 }
 
-// Makes a directory unwritable while it lives, for root too (immutable flag).
-class ReadOnlyDir
+// Takes a directory's write permission away or gives it back, for root too (immutable flag).
+void setWritable(const QString& path, bool writable)
 {
-public:
-    explicit ReadOnlyDir(const QString& path)
-        : m_path(path)
-    {
-        set(true);
+    if (geteuid() != 0) {
+        QFile::setPermissions(
+            path, QFile::ReadOwner | QFile::ExeOwner | (writable ? QFile::WriteOwner : QFile::Permission()));
+        return;
     }
-    ~ReadOnlyDir() { set(false); }
-
-private:
-    void set(bool on)
-    {
-        if (m_path.isEmpty())
-            return;
-        if (geteuid() != 0) {
-            QFile::setPermissions(m_path,
-                on ? QFile::ReadOwner | QFile::ExeOwner
-                   : QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-            return;
-        }
-        const int fd = ::open(QFile::encodeName(m_path).constData(), O_RDONLY | O_DIRECTORY);
-        int flags = 0;
-        if (fd >= 0 && ioctl(fd, FS_IOC_GETFLAGS, &flags) == 0) {
-            flags = on ? flags | FS_IMMUTABLE_FL : flags & ~FS_IMMUTABLE_FL;
-            ioctl(fd, FS_IOC_SETFLAGS, &flags);
-        }
-        if (fd >= 0)
-            ::close(fd);
+    const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY);
+    int flags = 0;
+    if (fd >= 0 && ioctl(fd, FS_IOC_GETFLAGS, &flags) == 0) {
+        flags = writable ? flags & ~FS_IMMUTABLE_FL : flags | FS_IMMUTABLE_FL;
+        ioctl(fd, FS_IOC_SETFLAGS, &flags);
     }
-    QString m_path;
-};
+    if (fd >= 0)
+        ::close(fd);
+}
 
 QStringList rows(const QSqlDatabase& db, const char* sql)
 {
@@ -229,6 +213,11 @@ void TestDbInit::firstAndSecondStart()
                  "pragma_database_list;"),
         strings({ "1|cam.ex", "2|zoom.ex", "example.com|1", "o'brien.example|0", "9:2|1.75", "0|no history",
             "0|no tabs", "0|no permissions", "1|databases" }));
+    // What they set stays there.
+    worker.setDeviceMode(QStringLiteral("private.example"), 1, true);
+    worker.addDpr(QStringLiteral("https://private.example/page"), 2, true);
+    QCOMPARE(rows(db, "SELECT site FROM sites UNION ALL SELECT domain FROM device_modes;"),
+        strings({ "cam.ex", "zoom.ex", "example.com", "o'brien.example" }));
 }
 
 void TestDbInit::ladder_data()
@@ -326,7 +315,6 @@ void TestDbInit::unusableFileIsMovedAside_data()
     QTest::addColumn<QByteArray>("bytes");
     const QByteArray garbage(4096, '\xa5');
     QTest::newRow("text file") << 0 << QByteArray("bookmarks I wanted to keep\n").repeated(200);
-    QTest::newRow("overwritten header") << 0 << QByteArray("not an sqlite header");
     QTest::newRow("page overwritten in the middle") << 40 * 4096 << garbage;
     QTest::newRow("truncated") << -1 << QByteArray(8192, 0);
     QTest::newRow("empty file is a new database") << 0 << QByteArray();
@@ -355,7 +343,9 @@ void TestDbInit::unusableFileIsMovedAside()
     QVERIFY(file.seek(0));
     const QByteArray before = file.readAll();
     file.close();
-    ReadOnlyDir guard(readOnlyDir ? profile.dataLocation() : QString());
+    const auto restore = qScopeGuard([&] { setWritable(profile.dataLocation(), true); });
+    if (readOnlyDir)
+        setWritable(profile.dataLocation(), false);
     if (readOnlyDir && QFile(profile.dataLocation() + QStringLiteral("/probe")).open(QIODevice::WriteOnly))
         QSKIP("no way to make a directory read-only on this file system");
     LogCapture log("browser.app.storage");
@@ -394,24 +384,21 @@ void TestDbInit::trims_data()
 {
     QTest::addColumn<QVariant>("historyLimit"); // invalid: key absent
     QTest::addColumn<QVariant>("faviconLimit");
-    QTest::addColumn<int>("historyRows");
-    QTest::addColumn<int>("faviconRows");
     QTest::addColumn<int>("keptHistory");
     QTest::addColumn<int>("keptFavicons");
-    QTest::newRow("no keys") << QVariant() << QVariant() << 2013 << 10007 << 2000 << 10000;
-    QTest::newRow("both keys") << QVariant(25) << QVariant(4) << 300 << 30 << 25 << 4;
-    QTest::newRow("limits as text") << QVariant(QStringLiteral("7")) << QVariant(QStringLiteral("2")) << 20
-                                    << 5 << 7 << 2;
+    QTest::newRow("no keys") << QVariant() << QVariant() << 2000 << 10000;
+    QTest::newRow("both keys") << QVariant(25) << QVariant(4) << 25 << 4;
+    QTest::newRow("limits as text") << QVariant(QStringLiteral("7")) << QVariant(QStringLiteral("2")) << 7
+                                    << 2;
 }
 
 void TestDbInit::trims()
 {
     QFETCH(QVariant, historyLimit);
     QFETCH(QVariant, faviconLimit);
-    QFETCH(int, historyRows);
-    QFETCH(int, faviconRows);
     QFETCH(int, keptHistory);
     QFETCH(int, keptFavicons);
+    const int extra = 13; // rows over the limit in each table
     TempProfile profile;
     // The settings location is resolved once per process; point it at this profile.
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, profile.path());
@@ -430,8 +417,8 @@ void TestDbInit::trims()
                          "FROM n;");
     DbFileProbe db(profile.databasePath());
     QVERIFY(db.execAll(
-        { fill.arg(historyRows).arg(QStringLiteral("browser_history (url, title, date)")).arg(base),
-            fill.arg(faviconRows).arg(QStringLiteral("favicons")).arg(base),
+        { fill.arg(keptHistory + extra).arg(QStringLiteral("browser_history (url, title, date)")).arg(base),
+            fill.arg(keptFavicons + extra).arg(QStringLiteral("favicons")).arg(base),
             QStringLiteral("INSERT INTO sites (id) VALUES (1), (2), (3), (4);"),
             QStringLiteral("INSERT INTO permissions (site_id) VALUES (1), (4);"),
             QStringLiteral("INSERT INTO site_dprs (site_id) VALUES (2), (4);") }));
@@ -439,8 +426,8 @@ void TestDbInit::trims()
     QCOMPARE(rows(db.database(),
                  "SELECT COUNT(*), MIN(date) FROM browser_history UNION ALL SELECT COUNT(*), "
                  "MIN(date) FROM favicons UNION ALL SELECT group_concat(id), NULL FROM sites;"),
-        QStringList({ QStringLiteral("%1|%2").arg(keptHistory).arg(base + (historyRows - keptHistory) * 1000),
-            QStringLiteral("%1|%2").arg(keptFavicons).arg(base + (faviconRows - keptFavicons) * 1000),
+        QStringList({ QStringLiteral("%1|%2").arg(keptHistory).arg(base + extra * 1000),
+            QStringLiteral("%1|%2").arg(keptFavicons).arg(base + extra * 1000),
             QStringLiteral("1,2,4|NULL") }));
 }
 

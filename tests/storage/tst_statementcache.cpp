@@ -1,34 +1,26 @@
-#include "storage/dbworker.h"
+#include "storage/statementcache.h"
 #include "support/dbfileprobe.h"
-#include "support/logcapture.h"
-#include "support/tempprofile.h"
 
-#include <QLoggingCategory>
-#include <QRandomGenerator>
 #include <QSqlError>
 #include <QtTest>
 
 // Statements run again from a cache per connection, seen through SQLite's own list
-// of a connection's compiled statements (sqlite_stmt), and the indexes reads use.
+// of a connection's compiled statements (sqlite_stmt).
 namespace
 {
 const QString cacheDb = QStringLiteral("statement-cache-test");
-const QString fileDb = QLatin1String(QSqlDatabase::defaultConnection);
-const QString privateDb = DBWorker::privateConnectionName();
-const QStringList urls = { QStringLiteral("https://a.example/"), QStringLiteral("https://b.example/o'q"),
-    QStringLiteral("https://c.example/?q=1"), QStringLiteral("https://d.example/%2") };
 
-QStringList rows(const QString& sql, const QVariantList& values = {}, const QString& connection = fileDb)
+QStringList rows(const QString& sql, const QVariantList& values = {})
 {
-    return sqlRows(QSqlDatabase::database(connection, false), sql, values);
+    return sqlRows(QSqlDatabase::database(cacheDb, false), sql, values);
 }
 
-// Statements compiled on a connection that meet a condition, this probe left out.
-int compiled(const QString& connection, const char* condition = "1")
+// Statements compiled on the connection that meet a condition, this probe left out.
+int compiled(const char* condition = "1")
 {
     const QString sql
         = QStringLiteral("SELECT COUNT(*) FROM sqlite_stmt WHERE sql NOT LIKE '%sqlite_stmt%' AND ");
-    return rows(sql + QLatin1String(condition), {}, connection).value(0).toInt();
+    return rows(sql + QLatin1String(condition)).value(0).toInt();
 }
 
 // Runs a statement taken from the cache: the error, empty if none.
@@ -40,7 +32,6 @@ QString run(StatementCache& cache, const QString& sql, const QVariantList& value
         query.addBindValue(value);
     return prepared && query.exec() ? QString() : query.lastError().text();
 }
-
 } // namespace
 
 class TestStatementCache : public QObject
@@ -50,22 +41,28 @@ class TestStatementCache : public QObject
 private slots:
     void initTestCase()
     {
-        QLoggingCategory::setFilterRules(QStringLiteral("browser.app.*.info=false"));
         QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), cacheDb);
         db.setDatabaseName(QStringLiteral(":memory:"));
         QVERIFY(db.open());
-        rows(QStringLiteral("CREATE TABLE t (id INTEGER PRIMARY KEY, v TEXT)"), {}, cacheDb);
-        rows(QStringLiteral("INSERT INTO t (v) VALUES ('v1'), ('v2'), ('v3'), ('v4'), ('v5')"), {}, cacheDb);
+        rows(QStringLiteral("CREATE TABLE t (id INTEGER PRIMARY KEY, v TEXT)"));
+        rows(QStringLiteral("INSERT INTO t (v) VALUES ('v1'), ('v2'), ('v3'), ('v4'), ('v5')"));
     }
 
-    void nestedUseGetsItsOwnStatement()
+    void loanedStatementIsNeverShared()
     {
-        // An operation calling another that runs the same statement while it still reads its rows.
         StatementCache cache(cacheDb);
+        // Qt counts positional values from the last run: the next user's would land behind these.
+        const QString insert = QStringLiteral("INSERT INTO t (v) VALUES (?)");
+        bool prepared = false;
+        cache.take(insert, &prepared).addBindValue(QStringLiteral("never"));
+        QCOMPARE(run(cache, insert, { QStringLiteral("fresh") }), QString());
+        QCOMPARE(rows(QStringLiteral("DELETE FROM t WHERE id > 5 RETURNING v")),
+            QStringList(QStringLiteral("fresh")));
+
+        // An operation calling another that runs the same statement while it still reads its rows.
         const QString sql = QStringLiteral("SELECT id FROM t WHERE id >= ? ORDER BY id");
         QCOMPARE(run(cache, sql, { 5 }), QString()); // the outer use comes from the cache
         QStringList seen;
-        bool prepared = false;
         CachedQuery outer = cache.take(sql, &prepared);
         outer.addBindValue(1);
         QVERIFY(outer.exec());
@@ -80,18 +77,6 @@ private slots:
         QCOMPARE(seen.join(QLatin1Char(' ')), QStringLiteral("1+++++ 2++++ 3+++ 4++ 5+"));
     }
 
-    void boundButNeverRunIsNotReused()
-    {
-        // Qt counts positional values from the last run: the next user's would land behind these.
-        StatementCache cache(cacheDb);
-        const QString insert = QStringLiteral("INSERT INTO t (v) VALUES (?)");
-        bool prepared = false;
-        cache.take(insert, &prepared).addBindValue(QStringLiteral("never"));
-        QCOMPARE(run(cache, insert, { QStringLiteral("fresh") }), QString());
-        QCOMPARE(rows(QStringLiteral("DELETE FROM t WHERE id > 5 RETURNING v"), {}, cacheDb),
-            QStringList(QStringLiteral("fresh")));
-    }
-
     void splicedStatementsStayBounded()
     {
         StatementCache cache(cacheDb);
@@ -100,11 +85,11 @@ private slots:
             QCOMPARE(run(cache, QStringLiteral("SELECT v FROM t WHERE id = %1").arg(i)), QString());
             QCOMPARE(run(cache, hot), QString());
         }
-        QCOMPARE(compiled(cacheDb), int(StatementCache::defaultCapacity));
+        QCOMPARE(compiled(), int(StatementCache::defaultCapacity));
         // The one returned last is forgotten last; none is left mid-read, though rows were left unread.
-        QCOMPARE(rows(QStringLiteral("SELECT run FROM sqlite_stmt WHERE sql = ?"), { hot }, cacheDb),
+        QCOMPARE(rows(QStringLiteral("SELECT run FROM sqlite_stmt WHERE sql = ?"), { hot }),
             QStringList(QStringLiteral("100")));
-        QCOMPARE(compiled(cacheDb, "busy"), 0);
+        QCOMPARE(compiled("busy"), 0);
     }
 };
 
