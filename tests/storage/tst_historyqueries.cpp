@@ -1,4 +1,5 @@
 #include "storage/dbworker.h"
+#include "storage/localday.h"
 #include "support/dbfileprobe.h"
 #include "support/tempprofile.h"
 
@@ -329,6 +330,30 @@ private slots:
         QCOMPARE(sql(QStringLiteral("SELECT tab_id FROM tab_history EXCEPT SELECT tab_id FROM tab"), {},
                      isPrivate),
             QString());
+    }
+
+    void localDay_data()
+    {
+        // Calls of one cache in turn: "zone ms-after-base". Local midnight in +05:45 is base + 36,900,000.
+        QTest::addColumn<QStringList>("calls");
+        QTest::newRow("the day ends") << QStringList { QStringLiteral("<+0545>-05:45 36899999"),
+            QStringLiteral("<+0545>-05:45 36900000") };
+        QTest::newRow("the zone changes") << QStringList { QStringLiteral("<+0545>-05:45 0"),
+            QStringLiteral("<-10>10 0"), QStringLiteral("<+0545>-05:45 0") };
+    }
+
+    void localDay()
+    {
+        QFETCH(QStringList, calls);
+        LocalDay day;
+        for (const QString& call : calls) {
+            qputenv("TZ", call.section(QLatin1Char(' '), 0, 0).toLatin1());
+            tzset();
+            const qint64 now = base + call.section(QLatin1Char(' '), 1).toLongLong();
+            QCOMPARE(day.startOfDay(now), at(now - base).date().startOfDay().toMSecsSinceEpoch());
+        }
+        qputenv("TZ", "<+0545>-05:45");
+        tzset();
     }
 };
 
