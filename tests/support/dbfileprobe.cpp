@@ -2,10 +2,10 @@
 
 #include "storage/dbmanager.h"
 
+#include <QSignalSpy>
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QSqlRecord>
-#include <QSignalSpy>
 #include <QtDebug>
 
 #include <algorithm>
